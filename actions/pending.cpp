@@ -1,0 +1,26 @@
+// Actions whose run routine is not part of this build yet: each fails its step with a clear message.
+#include "actions.h"
+#include "frame/errors.h"
+#include <string>
+
+namespace tol {
+namespace {
+[[noreturn]] void NotAvailable(const wchar_t* action) {
+    throw truntime_error(std::wstring(L"The ") + action + L" action is not available in this build.");
+}
+} // namespace
+
+long RunWriteRegistry(IBuildRun*, IBuildStep*) { NotAvailable(L"Write Registry"); }
+long RunWriteFile(IBuildRun*, IBuildStep*) { NotAvailable(L"Write File"); }
+long RunWriteIni(IBuildRun*, IBuildStep*) { NotAvailable(L"Write INI"); }
+long RunWait(IBuildRun*, IBuildStep*) { NotAvailable(L"Wait"); }
+long RunService(IBuildRun*, IBuildStep*) { NotAvailable(L"Service"); }
+long RunCopyFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"Copy Files"); }
+long RunGacInstall(IBuildRun*, IBuildStep*) { NotAvailable(L"GAC Install"); }
+long RunFileReplace(IBuildRun*, IBuildStep*) { NotAvailable(L"Replace in File"); }
+long RunComPlusApplication(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Application"); }
+long RunComPlusComponent(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Component"); }
+long RunZipFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"ZIP Files"); }
+long RunUnzipFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"UNZIP Files"); }
+
+} // namespace tol
