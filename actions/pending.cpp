@@ -10,9 +10,7 @@ namespace {
 }
 } // namespace
 
-long RunWriteRegistry(IBuildRun*, IBuildStep*) { NotAvailable(L"Write Registry"); }
 long RunWriteFile(IBuildRun*, IBuildStep*) { NotAvailable(L"Write File"); }
-long RunWriteIni(IBuildRun*, IBuildStep*) { NotAvailable(L"Write INI"); }
 long RunWait(IBuildRun*, IBuildStep*) { NotAvailable(L"Wait"); }
 long RunService(IBuildRun*, IBuildStep*) { NotAvailable(L"Service"); }
 long RunCopyFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"Copy Files"); }

@@ -6,6 +6,8 @@
 namespace tol {
 
 LONG DeleteKeyTree(HKEY parent, const std::wstring& name) noexcept {
+    // An empty name would open the parent itself and empty it: never.
+    if (name.empty()) return ERROR_INVALID_PARAMETER;
     unique_hkey key;
     LONG status = ::RegOpenKeyExW(parent, name.c_str(), 0, KEY_READ | KEY_WRITE, key.put());
     if (status != ERROR_SUCCESS) return status;

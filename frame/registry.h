@@ -6,7 +6,7 @@
 namespace tol {
 
 // Deletes the key name below parent with everything below it; returns the Win32 code of the first failure.
-// Only the named key and what lies below it are ever deleted.
+// Only the named key and what lies below it are ever deleted; an empty name is refused (ERROR_INVALID_PARAMETER).
 [[nodiscard]] LONG DeleteKeyTree(HKEY parent, const std::wstring& name) noexcept;
 
 // Creates (or opens) root\path with KEY_ALL_ACCESS; failures throw comet::com_error.
