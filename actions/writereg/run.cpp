@@ -10,12 +10,11 @@
 namespace tol {
 namespace {
 
-// A deletion honours Computer as a write does: a step that names another computer never deletes here.
-void Delete(IBuildRun* build, IBuildStep* step, const RegistryTarget& target) {
-    const std::wstring computer = GetStepText(step, build, L"Computer");
+// A deletion works on this computer's registry below the root key itself; it reads no further property.
+void Delete(const RegistryTarget& target) {
     const bool wholeKey = target.valueName == kWholeKeyMarker;
-    if (wholeKey) RequireNamedKey(target.subKey); // refused before any connection is made
-    const unique_hkey root = OpenRegistryRoot(target.rootKey, computer);
+    if (wholeKey) RequireNamedKey(target.subKey);
+    const unique_hkey root = OpenRegistryRoot(target.rootKey, std::wstring());
     if (wholeKey) {
         DeleteRegistryKey(root.get(), target.subKey);
     } else {
@@ -40,7 +39,7 @@ void Write(IBuildRun* build, IBuildStep* step, const RegistryTarget& target) {
 long RunWriteRegistry(IBuildRun* build, IBuildStep* step) {
     const RegistryTarget target = ReadRegistryTarget(build, step);
     if (target.deleteValue) {
-        Delete(build, step, target);
+        Delete(target);
     } else {
         Write(build, step, target);
     }
