@@ -14,7 +14,6 @@ long RunWriteFile(IBuildRun*, IBuildStep*) { NotAvailable(L"Write File"); }
 long RunWait(IBuildRun*, IBuildStep*) { NotAvailable(L"Wait"); }
 long RunService(IBuildRun*, IBuildStep*) { NotAvailable(L"Service"); }
 long RunCopyFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"Copy Files"); }
-long RunGacInstall(IBuildRun*, IBuildStep*) { NotAvailable(L"GAC Install"); }
 long RunFileReplace(IBuildRun*, IBuildStep*) { NotAvailable(L"Replace in File"); }
 long RunComPlusApplication(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Application"); }
 long RunComPlusComponent(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Component"); }
