@@ -11,8 +11,6 @@ namespace {
 } // namespace
 
 long RunWriteFile(IBuildRun*, IBuildStep*) { NotAvailable(L"Write File"); }
-long RunWait(IBuildRun*, IBuildStep*) { NotAvailable(L"Wait"); }
-long RunService(IBuildRun*, IBuildStep*) { NotAvailable(L"Service"); }
 long RunCopyFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"Copy Files"); }
 long RunFileReplace(IBuildRun*, IBuildStep*) { NotAvailable(L"Replace in File"); }
 long RunComPlusApplication(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Application"); }

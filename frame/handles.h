@@ -1,6 +1,7 @@
 // Owning wrappers for Win32 handles: one type per close function.
 #pragma once
 #include <windows.h>
+#include <winsvc.h>
 #include <utility>
 
 namespace tol {
@@ -62,6 +63,11 @@ struct hkey_traits {
     static type invalid() noexcept { return nullptr; }
     static void close(type h) noexcept { ::RegCloseKey(h); }
 };
+struct sc_handle_traits {
+    using type = SC_HANDLE;
+    static type invalid() noexcept { return nullptr; }
+    static void close(type h) noexcept { ::CloseServiceHandle(h); }
+};
 struct module_traits {
     using type = HMODULE;
     static type invalid() noexcept { return nullptr; }
@@ -79,6 +85,7 @@ using unique_file = unique_handle<file_handle_traits>;
 using unique_find = unique_handle<find_handle_traits>;
 using unique_change_notification = unique_handle<change_notification_traits>;
 using unique_hkey = unique_handle<hkey_traits>;
+using unique_service = unique_handle<sc_handle_traits>; // service manager and service handles
 using unique_module = unique_handle<module_traits>;
 using unique_hlocal = unique_handle<local_memory_traits>;
 
