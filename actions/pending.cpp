@@ -10,9 +10,7 @@ namespace {
 }
 } // namespace
 
-long RunWriteFile(IBuildRun*, IBuildStep*) { NotAvailable(L"Write File"); }
 long RunCopyFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"Copy Files"); }
-long RunFileReplace(IBuildRun*, IBuildStep*) { NotAvailable(L"Replace in File"); }
 long RunComPlusApplication(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Application"); }
 long RunComPlusComponent(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Component"); }
 long RunZipFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"ZIP Files"); }
