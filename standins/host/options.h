@@ -1,0 +1,28 @@
+// The command line of velmora-run.
+#pragma once
+#include "names.h"
+#include "frame/errors.h"
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct Options {
+    bool help = false;
+    bool list = false;
+    long timeoutSeconds = 0; // 0: no limit
+    VariableMap variables;   // --var NAME=VALUE; a later value of a name replaces an earlier one
+    std::wstring script;
+};
+
+class UsageError : public tol::truntime_error {
+public:
+    using truntime_error::truntime_error;
+};
+
+// The arguments after the program name; a bad command line throws UsageError.
+Options ParseOptions(const std::vector<std::wstring>& args);
+
+std::wstring UsageText();
+
+} // namespace host
