@@ -4,6 +4,8 @@
 #include "options.h"
 #include "runner.h"
 #include "stop.h"
+#include "expander.h"
+#include "fileutil/paths.h"
 #include "frame/messages.h"
 #include <objbase.h>
 
@@ -34,7 +36,19 @@ int ListActions(Log& out, Log& err) {
     return kExitSucceeded;
 }
 
+// The .NET SDK folder that GAC Install's command template names: the gacutil stand-in beside this program,
+// unless the environment (or the script, whose variables come first) says otherwise.
+void DefaultSdkFolder() {
+    if (EnvironmentValue(L"DOTNETSDK_DIR")) return;
+    std::wstring path(1024, L'\0');
+    const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length == 0 || length >= path.size()) return;
+    path.resize(length);
+    ::SetEnvironmentVariableW(L"DOTNETSDK_DIR", (tol::DirectoryPart(path, true) + L"sdk\\").c_str());
+}
+
 int RunScriptFile(const Options& options, Log& out) {
+    DefaultSdkFolder();
     Script script = LoadScript(options.script);
     const std::vector<CatalogEntry> catalog = ReadCatalog();
     try {
