@@ -13,15 +13,15 @@ variant ChangeType(const VARIANT& value, VARTYPE wanted) {
     return converted;
 }
 
-variant GetEvaluated(IBuildStep* step, IBuildRun* build, const wchar_t* name, VARTYPE wanted) {
+} // namespace
+
+variant GetStepValue(IBuildStep* step, IBuildRun* build, const wchar_t* name, VARTYPE wanted) {
     bstr property(name);
     if (!step) throw comet::com_error(E_POINTER);
     variant value;
     THROW_IF_HOST_FAILED(step, IBuildStep, step->GetEvaluatedProperty(build, property.get(), wanted, value.receive()));
     return value;
 }
-
-} // namespace
 
 std::wstring VariantToText(const VARIANT& value) {
     switch (V_VT(&value)) {
@@ -49,15 +49,15 @@ long VariantToLong(const VARIANT& value) {
 }
 
 std::wstring GetStepText(IBuildStep* step, IBuildRun* build, const wchar_t* name) {
-    return VariantToText(GetEvaluated(step, build, name, VT_BSTR).get());
+    return VariantToText(GetStepValue(step, build, name, VT_BSTR).get());
 }
 
 bool GetStepBool(IBuildStep* step, IBuildRun* build, const wchar_t* name) {
-    return VariantToBool(GetEvaluated(step, build, name, VT_BOOL).get());
+    return VariantToBool(GetStepValue(step, build, name, VT_BOOL).get());
 }
 
 long GetStepLong(IBuildStep* step, IBuildRun* build, const wchar_t* name) {
-    return VariantToLong(GetEvaluated(step, build, name, VT_I4).get());
+    return VariantToLong(GetStepValue(step, build, name, VT_I4).get());
 }
 
 std::wstring GetStepStored(IBuildStep* step, const wchar_t* name) {

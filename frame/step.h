@@ -1,6 +1,7 @@
 // What every run routine uses: typed step properties, the build log, step status and the stop signal.
 #pragma once
 #include "VelmoraSvr.h"
+#include "variant.h"
 #include <string>
 
 namespace tol {
@@ -11,6 +12,8 @@ enum StepStatus : long { StepSucceeded = 0, StepFailed = 1, StepStopped = 2 };
 std::wstring GetStepText(IBuildStep* step, IBuildRun* build, const wchar_t* name);
 bool GetStepBool(IBuildStep* step, IBuildRun* build, const wchar_t* name);
 long GetStepLong(IBuildStep* step, IBuildRun* build, const wchar_t* name);
+// The evaluated value as the host gives it, unconverted (the caller converts it when it needs it).
+variant GetStepValue(IBuildStep* step, IBuildRun* build, const wchar_t* name, VARTYPE wanted);
 // The stored value as text: empty when the step does not hold the property.
 std::wstring GetStepStored(IBuildStep* step, const wchar_t* name);
 
