@@ -11,8 +11,6 @@ namespace {
 } // namespace
 
 long RunCopyFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"Copy Files"); }
-long RunComPlusApplication(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Application"); }
-long RunComPlusComponent(IBuildRun*, IBuildStep*) { NotAvailable(L"COM+ Component"); }
 long RunZipFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"ZIP Files"); }
 long RunUnzipFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"UNZIP Files"); }
 
