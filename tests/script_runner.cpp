@@ -104,8 +104,8 @@ std::string Json(const std::wstring& text) {
     return bytes;
 }
 
-HRESULT CallLibrary(const char* entry) {
-    const tol::unique_module library(::LoadLibraryW((BinFolder() + L"\\VelmoraExt.dll").c_str()));
+HRESULT CallLibrary(const char* entry, const wchar_t* dll) {
+    const tol::unique_module library(::LoadLibraryW((BinFolder() + L"\\" + dll).c_str()));
     const auto function = reinterpret_cast<HRESULT(WINAPI*)()>(::GetProcAddress(library.get(), entry));
     return function ? function() : E_FAIL;
 }

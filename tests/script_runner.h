@@ -40,7 +40,7 @@ std::string Json(const std::wstring& text);
 std::string ReadFileBytes(const std::wstring& path);
 void WriteFileBytes(const std::wstring& path, const std::string& bytes);
 
-// Calls an export of bin\VelmoraExt.dll (DllRegisterServer, DllUnregisterServer).
-HRESULT CallLibrary(const char* entry);
+// Calls an export of a DLL in bin (DllRegisterServer, DllUnregisterServer).
+HRESULT CallLibrary(const char* entry, const wchar_t* dll = L"VelmoraExt.dll");
 
 } // namespace test

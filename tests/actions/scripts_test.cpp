@@ -13,7 +13,10 @@ namespace {
 
 class Scripts : public testing::Test {
 protected:
-    static void SetUpTestSuite() { ASSERT_EQ(test::CallLibrary("DllRegisterServer"), S_OK); }
+    static void SetUpTestSuite() {
+        ASSERT_EQ(test::CallLibrary("DllRegisterServer"), S_OK);
+        ASSERT_EQ(test::CallLibrary("DllRegisterServer", L"VelmoraComAdmin.dll"), S_OK);
+    }
     static void TearDownTestSuite() { test::CallLibrary("DllUnregisterServer"); }
 
     ProgramRun Run(const std::string& steps, const std::wstring& options = L"") {
@@ -149,4 +152,35 @@ TEST_F(Scripts, TheDemoRunsToTheEnd) {
                                             folder.path());
     EXPECT_EQ(run.exitCode, 0u) << Describe(run);
     EXPECT_FALSE(HasLine(run, L"== Step 1 failed"));
+}
+
+TEST_F(Scripts, ComPlusStateOutlivesTheRunAndThePasswordStaysOutOfTheLog) {
+    const std::wstring app = L"Velmora Script Test " + std::to_wstring(::GetCurrentProcessId());
+    const std::string application = "\"Application\": \"" + Json(app) + "\"";
+    const std::string dll = Json(test::BinFolder() + L"\\VelmoraExt.dll");
+    ProgramRun run = Run(
+        Step("COM+ Application", application + ", \"Op\": 0, \"Activation\": 1, \"Identity\": \"ci\\\\builder\", "
+                                               "\"Password\": \"s3cret-pw\", \"RunForever\": 0, \"ShutdownAfter\": 7") + "," +
+        Step("COM+ Component", application + ", \"Component\": \"" + dll + "\", \"Op\": 0, \"Transaction\": 5, "
+                                             "\"Synchronization\": 5, \"JustInTimeActivation\": false"));
+    ASSERT_EQ(run.exitCode, 0u) << Describe(run);
+
+    run = Run(Step("COM+ Component", application + ", \"Component\": \"VelmoraExt.WaitAction\", \"Op\": 3") + "," +
+              Step("COM+ Application", application + ", \"Op\": 3"));
+    ASSERT_EQ(run.exitCode, 0u) << Describe(run);
+    EXPECT_TRUE(HasLine(run, L"        ProgID = VelmoraExt.WaitAction")) << Describe(run);
+    EXPECT_TRUE(HasLine(run, L"    ShutdownAfter = 7")) << Describe(run);
+    EXPECT_TRUE(HasLine(run, L"Starting application '" + app + L"'...")) << Describe(run);
+    for (const std::wstring& line : run.out) EXPECT_EQ(line.find(L"s3cret"), std::wstring::npos) << "password logged";
+
+    const ProgramRun query = Tool(L"reg.exe query HKLM\\Software\\Tolvane\\VelmoraComPlus /s");
+    EXPECT_TRUE(std::any_of(query.out.begin(), query.out.end(), [&](const std::wstring& line) {
+        return line.find(L"REG_SZ    " + app) != std::wstring::npos;
+    })) << Describe(query);
+
+    run = Run(Step("COM+ Application", application + ", \"Op\": 1"));
+    EXPECT_EQ(run.exitCode, 0u) << Describe(run);
+    run = Run(Step("COM+ Component", application + ", \"Component\": \"*\", \"Op\": 3"));
+    EXPECT_EQ(run.exitCode, 1u) << Describe(run);
+    EXPECT_TRUE(HasLine(run, L"error 0x80004005: Item '" + app + L"' not found in Applications collection.")) << Describe(run);
 }
