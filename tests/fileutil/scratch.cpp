@@ -11,17 +11,15 @@ namespace {
 void RemoveTree(const std::wstring& path) {
     WIN32_FIND_DATAW entry{};
     tol::unique_find find(::FindFirstFileW((path + L"\\*").c_str(), &entry));
-    if (find) {
-        do {
-            const std::wstring name = entry.cFileName;
-            if (name == L"." || name == L"..") continue;
-            const std::wstring item = path + L"\\" + name;
-            ::SetFileAttributesW(item.c_str(), FILE_ATTRIBUTE_NORMAL);
-            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-                RemoveTree(item);
-            else
-                ::DeleteFileW(item.c_str());
-        } while (::FindNextFileW(find.get(), &entry));
+    for (bool more = static_cast<bool>(find); more; more = ::FindNextFileW(find.get(), &entry)) {
+        const std::wstring name = entry.cFileName;
+        if (name == L"." || name == L"..") continue;
+        const std::wstring item = path + L"\\" + name;
+        ::SetFileAttributesW(item.c_str(), FILE_ATTRIBUTE_NORMAL);
+        if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+            RemoveTree(item);
+        else
+            ::DeleteFileW(item.c_str());
     }
     find.reset();
     ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
@@ -33,11 +31,9 @@ void RemoveTree(const std::wstring& path) {
 ScratchFolder::ScratchFolder() {
     static unsigned counter = 0;
     std::wstring temp(::GetTempPathW(0, nullptr), L'\0');
-    const DWORD length = ::GetTempPathW(static_cast<DWORD>(temp.size()), temp.data());
-    if (length == 0 || length >= temp.size()) throw std::runtime_error("no temp path");
-    temp.resize(length);
-    path_ = temp + L"vlm-fileutil-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
-            std::to_wstring(++counter) + L"-" + std::to_wstring(::GetTickCount());
+    temp.resize(::GetTempPathW(static_cast<DWORD>(temp.size()), temp.data()));
+    path_ = temp + L"vlm-fileutil-" + std::to_wstring(::GetCurrentProcessId()) + L"-" + std::to_wstring(++counter) +
+            L"-" + std::to_wstring(::GetTickCount());
     MakeFolder(path_);
 }
 
@@ -45,31 +41,23 @@ ScratchFolder::~ScratchFolder() { RemoveTree(L"\\\\?\\" + path_); }
 
 std::string Hex(std::string_view text) {
     std::string bytes;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == ' ') continue;
+    for (size_t i = text.find_first_not_of(' '); i != std::string_view::npos; i = text.find_first_not_of(' ', i + 2))
         bytes += static_cast<char>(std::stoi(std::string(text.substr(i, 2)), nullptr, 16));
-        ++i;
-    }
     return bytes;
 }
 
 std::string ToHex(std::string_view bytes) {
-    static const char digits[] = "0123456789ABCDEF";
     std::string text;
-    for (const char c : bytes) {
-        if (!text.empty()) text += ' ';
-        text += digits[(static_cast<unsigned char>(c) >> 4) & 15];
-        text += digits[static_cast<unsigned char>(c) & 15];
-    }
+    char digits[4];
+    for (const unsigned char c : bytes) text.append(digits, ::wsprintfA(digits, text.empty() ? "%02X" : " %02X", c));
     return text;
 }
 
 void WriteFileBytes(const std::wstring& path, std::string_view bytes) {
     tol::unique_file file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
-    ASSERT_TRUE(file) << "cannot create the test file, error " << ::GetLastError();
     DWORD written = 0;
-    ASSERT_TRUE(::WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
-    ASSERT_EQ(written, bytes.size());
+    ASSERT_TRUE(file && ::WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr))
+        << "cannot write the test file, error " << ::GetLastError();
 }
 
 std::string ReadFileBytes(const std::wstring& path) {
