@@ -1,21 +1,20 @@
-// A Windows service for the Service action's tests: it starts, stops, fails or lingers as its command line says.
+// A Windows service for the Service action's tests: it starts, stops or lingers as its command line says.
 #include "behaviour.h"
 #include "frame/handles.h"
-#include <windows.h>
-#include <winsvc.h>
+#include <cstdlib>
+#include <cstring>
 
 namespace {
 
-using testservice::Behaviour;
-using testservice::Kind;
+enum class Kind { Normal, Slow, HangStop };
 
 constexpr DWORD kCheckpointInterval = 250;
 
-Behaviour g_behaviour;
+Kind g_kind = Kind::Normal; // an unknown word is the normal behaviour
+DWORD g_milliseconds = 0;
 SERVICE_STATUS_HANDLE g_statusHandle = nullptr;
 SERVICE_STATUS g_status{SERVICE_WIN32_OWN_PROCESS};
 tol::unique_event g_stopRequested;
-tol::unique_event g_release;
 
 void Report(DWORD state, DWORD checkpoint = 0, DWORD waitHint = 0) {
     g_status.dwCurrentState = state;
@@ -25,54 +24,43 @@ void Report(DWORD state, DWORD checkpoint = 0, DWORD waitHint = 0) {
     ::SetServiceStatus(g_statusHandle, &g_status);
 }
 
-// Reports the pending state with an advancing checkpoint until the time has passed.
-void ReportProgress(DWORD pendingState, DWORD milliseconds) {
+// The slow behaviour: reports the pending state with an advancing checkpoint until the time has passed.
+void ReportProgress(DWORD pendingState) {
+    if (g_kind != Kind::Slow) return;
     DWORD checkpoint = 1;
-    for (DWORD spent = 0; spent < milliseconds; spent += kCheckpointInterval) {
+    for (DWORD spent = 0; spent < g_milliseconds; spent += kCheckpointInterval) {
         Report(pendingState, checkpoint++, 2 * kCheckpointInterval);
         ::Sleep(kCheckpointInterval);
     }
 }
 
 DWORD WINAPI Control(DWORD control, DWORD, void*, void*) {
-    if (control == SERVICE_CONTROL_INTERROGATE) return NO_ERROR;
-    if (control != SERVICE_CONTROL_STOP) return ERROR_CALL_NOT_IMPLEMENTED;
-    if (g_behaviour.kind == Kind::HangStop) Report(SERVICE_STOP_PENDING, 1, 1000);
-    else if (g_behaviour.kind == Kind::SlowStop) Report(SERVICE_STOP_PENDING, 1, 2 * kCheckpointInterval);
-    else Report(SERVICE_STOPPED);
+    if (control != SERVICE_CONTROL_STOP) return control == SERVICE_CONTROL_INTERROGATE ? NO_ERROR : ERROR_CALL_NOT_IMPLEMENTED;
+    if (g_kind == Kind::Normal) Report(SERVICE_STOPPED);
+    else Report(SERVICE_STOP_PENDING, 1, g_kind == Kind::HangStop ? 1000 : 2 * kCheckpointInterval);
     ::SetEvent(g_stopRequested.get());
     return NO_ERROR;
-}
-
-void StopAsTold() {
-    if (g_behaviour.kind == Kind::SlowStop) ReportProgress(SERVICE_STOP_PENDING, g_behaviour.milliseconds);
-    if (g_behaviour.kind == Kind::HangStop) ::WaitForSingleObject(g_release.get(), 60000);
-    if (g_status.dwCurrentState != SERVICE_STOPPED) Report(SERVICE_STOPPED);
 }
 
 void WINAPI ServiceMain(DWORD argc, LPWSTR* argv) {
     const std::wstring name = argc > 0 ? argv[0] : L"";
     g_statusHandle = ::RegisterServiceCtrlHandlerExW(name.c_str(), Control, nullptr);
     if (!g_statusHandle) return;
-    g_release.reset(::CreateEventW(nullptr, TRUE, FALSE, testservice::ReleaseEventName(name).c_str()));
-    if (g_behaviour.kind == Kind::FailStart) {
-        Report(SERVICE_START_PENDING, 1, 200);
-        ::Sleep(300);
-        g_status.dwWin32ExitCode = ERROR_SERVICE_SPECIFIC_ERROR;
-        g_status.dwServiceSpecificExitCode = 42;
-        Report(SERVICE_STOPPED);
-        return;
-    }
-    if (g_behaviour.kind == Kind::SlowStart) ReportProgress(SERVICE_START_PENDING, g_behaviour.milliseconds);
+    tol::unique_event release(::CreateEventW(nullptr, TRUE, FALSE, testservice::ReleaseEventName(name).c_str()));
+    ReportProgress(SERVICE_START_PENDING);
     Report(SERVICE_RUNNING);
     ::WaitForSingleObject(g_stopRequested.get(), INFINITE);
-    StopAsTold();
+    ReportProgress(SERVICE_STOP_PENDING);
+    if (g_kind == Kind::HangStop) ::WaitForSingleObject(release.get(), 60000);
+    if (g_status.dwCurrentState != SERVICE_STOPPED) Report(SERVICE_STOPPED);
 }
 
 } // namespace
 
-int main() {
-    g_behaviour = testservice::ReadBehaviour();
+int main(int argc, char** argv) {
+    if (argc > 1 && std::strcmp(argv[1], "slow") == 0) g_kind = Kind::Slow;
+    if (argc > 1 && std::strcmp(argv[1], "hangstop") == 0) g_kind = Kind::HangStop;
+    if (argc > 2) g_milliseconds = std::strtoul(argv[2], nullptr, 10);
     g_stopRequested.reset(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
     wchar_t anyName[] = L"";
     const SERVICE_TABLE_ENTRYW table[] = {{anyName, ServiceMain}, {nullptr, nullptr}};
