@@ -1,20 +1,31 @@
-// Shared by the host's tests: COM for the test thread, a log that records, folders, and readers of results.
+// Shared by the host's tests (host_test_support.cpp gives the test thread COM): a log that records, and readers
+// of results.
 #pragma once
 #include "log.h"
-#include <oaidl.h>
+#include "values.h"
+#include "frame/bstr.h"
+#include "frame/com_ptr.h"
+#include <cstring>
+#include <deque>
 #include <mutex>
 #include <string>
 #include <vector>
 
 namespace hosttest {
 
-// Records each line with the tick count at which it arrived.
+// Records each line, and the tick count at which the first arrived.
 class RecordingLog final : public host::Log {
 public:
-    void Line(std::wstring_view text) override;
-    void clear();
-    std::vector<std::wstring> lines();
-    ULONGLONG firstLineTime();
+    void Line(std::wstring_view text) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (lines_.empty()) first_ = ::GetTickCount64();
+        lines_.emplace_back(text);
+    }
+    std::vector<std::wstring> lines(ULONGLONG* firstLineTime = nullptr) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (firstLineTime) *firstLineTime = first_;
+        return lines_;
+    }
 
 private:
     std::mutex mutex_;
@@ -22,16 +33,44 @@ private:
     ULONGLONG first_ = 0;
 };
 
-std::wstring BinFolder();
-// A new folder below the temp folder; its name starts with prefix.
-std::wstring NewTempFolder(const std::wstring& prefix);
 // The description of the thread's error information (taken), or "(none)".
-std::wstring TakeErrorDescription();
-// The elements of a one-dimensional array of VARIANT texts joined by "|" after each.
-std::wstring ArrayTexts(const VARIANT& value);
+inline std::wstring TakeErrorDescription() {
+    tol::com_ptr<IErrorInfo> info;
+    if (::GetErrorInfo(0, info.put()) != S_OK || !info) return L"(none)";
+    tol::bstr description;
+    info->GetDescription(description.receive());
+    return description.str();
+}
+
+// "vt:text": a text, an integer as digits, a list as its texts each followed by "|".
+inline std::wstring Shown(const VARIANT& value) {
+    std::wstring text = std::to_wstring(V_VT(&value)) + L":";
+    switch (V_VT(&value)) {
+    case VT_EMPTY: return text;
+    case VT_BSTR: return text + std::wstring(host::BstrView(V_BSTR(&value)));
+    case VT_I4: return text + std::to_wstring(V_I4(&value));
+    case VT_ARRAY | VT_VARIANT: break;
+    default: return text + L"?";
+    }
+    const SAFEARRAY* array = V_ARRAY(&value);
+    for (ULONG i = 0; i < array->rgsabound[0].cElements; ++i) {
+        const VARIANT& element = static_cast<const VARIANT*>(array->pvData)[i];
+        text += (V_VT(&element) == VT_BSTR ? std::wstring(host::BstrView(V_BSTR(&element))) : L"?") + L"|";
+    }
+    return text;
+}
+
 // A VARIANT out parameter as a caller that forgot to initialise it would pass it.
-void FillWithGarbage(VARIANT& value);
+inline void FillWithGarbage(VARIANT& value) {
+    std::memset(&value, 0xA5, sizeof value);
+    V_VT(&value) = VT_I4;
+}
+
 // A caller's BSTR argument, alive until the program ends.
-BSTR Arg(const std::wstring& text);
+inline BSTR Arg(const std::wstring& text) {
+    static std::deque<tol::bstr> keep;
+    keep.emplace_back(text);
+    return keep.back().get();
+}
 
 } // namespace hosttest
