@@ -10,7 +10,6 @@ namespace {
 }
 } // namespace
 
-long RunCopyFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"Copy Files"); }
 long RunZipFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"ZIP Files"); }
 long RunUnzipFiles(IBuildRun*, IBuildStep*) { NotAvailable(L"UNZIP Files"); }
 

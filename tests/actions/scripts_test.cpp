@@ -16,6 +16,8 @@ protected:
     static void SetUpTestSuite() {
         ASSERT_EQ(test::CallLibrary("DllRegisterServer"), S_OK);
         ASSERT_EQ(test::CallLibrary("DllRegisterServer", L"VelmoraComAdmin.dll"), S_OK);
+        // The catalog stand-in starts empty: components left installed by an earlier run would refuse to install.
+        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Tolvane\\VelmoraComPlus");
     }
     static void TearDownTestSuite() { test::CallLibrary("DllUnregisterServer"); }
 
