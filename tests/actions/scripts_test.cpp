@@ -186,3 +186,24 @@ TEST_F(Scripts, ComPlusStateOutlivesTheRunAndThePasswordStaysOutOfTheLog) {
     EXPECT_EQ(run.exitCode, 1u) << Describe(run);
     EXPECT_TRUE(HasLine(run, L"error 0x80004005: Item '" + app + L"' not found in Applications collection.")) << Describe(run);
 }
+
+TEST_F(Scripts, GacInstallRecordsTheAssemblyFolderOnlyWhileInstalled) {
+    const std::wstring folders = L"HKLM\\SOFTWARE\\Microsoft\\.NETFramework\\AssemblyFolders";
+    ASSERT_EQ(Tool(L"reg.exe add \"" + folders + L"\" /f").exitCode, 0u);
+    const std::wstring entry = L"VelmoraScriptTest" + std::to_wstring(::GetCurrentProcessId());
+    const std::string common = "\"Filename\": \"" + Json(test::BinFolder() + L"\\VelmoraExt.dll") +
+                               "\", \"AssemblyFolder\": \"" + Json(entry) + "\"";
+
+    ProgramRun run = Run(Step("GAC Install", common));
+    ASSERT_EQ(run.exitCode, 0u) << Describe(run);
+    const ProgramRun query = Tool(L"reg.exe query \"" + folders + L"\\" + entry + L"\"");
+    EXPECT_TRUE(HasLine(query, L"    (Default)    REG_SZ    " + test::BinFolder())) << Describe(query);
+
+    run = Run(Step("GAC Install", common + ", \"Unregister\": true"));
+    ASSERT_EQ(run.exitCode, 0u) << Describe(run);
+    EXPECT_EQ(Tool(L"reg.exe query \"" + folders + L"\\" + entry + L"\"").exitCode, 1u);
+
+    // The tool fails for an assembly that is not installed: the step fails and the registry is not touched.
+    run = Run(Step("GAC Install", common + ", \"Unregister\": true"));
+    EXPECT_EQ(run.exitCode, 1u) << Describe(run);
+}
