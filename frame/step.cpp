@@ -68,6 +68,11 @@ std::wstring GetStepStored(IBuildStep* step, const wchar_t* name) {
     return VariantToText(value.get());
 }
 
+UINT GetStepCodePage(IBuildStep* step, IBuildRun* build) {
+    if (GetStepStored(step, L"Encoding").empty()) return CP_ACP;
+    return static_cast<UINT>(GetStepLong(step, build, L"Encoding"));
+}
+
 void LogMessage(IBuildRun* build, const std::wstring& text) {
     bstr message(text);
     if (!build) throw comet::com_error(E_POINTER);

@@ -22,6 +22,10 @@ std::wstring VariantToText(const VARIANT& value);
 bool VariantToBool(const VARIANT& value);
 long VariantToLong(const VARIANT& value);
 
+// The code page of a step's files: its Encoding property, or the ANSI code page (0) when the step does not hold
+// one (an unset Encoding is never read as a number).
+UINT GetStepCodePage(IBuildStep* step, IBuildRun* build);
+
 void LogMessage(IBuildRun* build, const std::wstring& text);
 
 // Logs the action's message with the system text of the thread's last error and fails the step.

@@ -2,19 +2,10 @@
 #include "frame/step.h"
 
 namespace tol {
-namespace {
-
-// An Encoding that the step does not hold is never read as a number: the files are then in the ANSI code page.
-UINT ReadCodePage(IBuildRun* build, IBuildStep* step) {
-    if (GetStepStored(step, L"Encoding").empty()) return CP_ACP;
-    return static_cast<UINT>(GetStepLong(step, build, L"Encoding"));
-}
-
-} // namespace
 
 ReplaceSettings ReadReplaceSettings(IBuildRun* build, IBuildStep* step) {
     ReplaceSettings settings;
-    settings.codePage = ReadCodePage(build, step);
+    settings.codePage = GetStepCodePage(step, build);
     settings.fileIn = GetStepText(step, build, L"FileIn");
     settings.fileOut = GetStepText(step, build, L"FileOut");
     settings.find = GetStepText(step, build, L"Find");
