@@ -136,45 +136,11 @@ TEST_F(ZipTree, NamesTimesAndCompression) {
     EXPECT_EQ(listing.entries[0].method, 8) << "text deflates";
     EXPECT_EQ(listing.entries[1].method, 0) << "noise is stored";
     EXPECT_EQ(listing.entries[1].compressedSize, 5000u);
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    ASSERT_TRUE(::GetFileAttributesExW((src + L"\\a.txt").c_str(), GetFileExInfoStandard, &data));
-    const std::int64_t seconds = static_cast<std::int64_t>(
-        ((static_cast<std::uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32) | data.ftLastWriteTime.dwLowDateTime) /
-            10000000 - 11644473600);
-    EXPECT_EQ(listing.entries[0].modified, seconds);
 
     request.compression = 0;
     ASSERT_EQ(ziptest::CallZip(request, callbacks), 0);
     EXPECT_EQ(ziptest::ReadBack(archive).entries[0].method, 0) << "factor 0 stores";
     EXPECT_EQ(callbacks.files.back(), "Item " + Narrow(full + L"/b.dat") + " replaced (stored 0%)");
-}
-
-TEST_F(ZipTree, UnicodeAndShortNames) {
-    test::WriteFileBytes(src + L"\\sub\\caf\u00e9 \u0416.txt", "unicode");
-    ZipRequest request = Request();
-    request.item = Quoted(Narrow(src + L"\\sub\\*.*"));
-    request.recurse = false;
-    Callbacks callbacks;
-    ASSERT_EQ(ziptest::CallZip(request, callbacks), 0);
-    ziptest::Listing listing = ziptest::ReadBack(archive);
-    ASSERT_EQ(listing.entries.size(), 2u);
-    EXPECT_EQ(listing.entries[0].name, "c.txt");
-    EXPECT_FALSE(listing.entries[0].utf8) << "plain ASCII is not marked";
-    EXPECT_EQ(listing.entries[1].name, "caf\xC3\xA9 \xD0\x96.txt");
-    EXPECT_TRUE(listing.entries[1].utf8);
-
-    ::DeleteFileW(archive.c_str());
-    std::wstring shortPath(1024, L'\0');
-    shortPath.resize(::GetShortPathNameW((src + L"\\with space.txt").c_str(), shortPath.data(), 1024));
-    request = Request();
-    request.recurse = false;
-    request.include = "\"with space.txt\"";
-    request.options |= tol::ZipShortNames;
-    ASSERT_EQ(ziptest::CallZip(request, callbacks), 0);
-    listing = ziptest::ReadBack(archive);
-    ASSERT_EQ(listing.entries.size(), 1u);
-    EXPECT_EQ(listing.entries[0].name, Narrow(shortPath.substr(shortPath.rfind(L'\\') + 1)));
-    EXPECT_EQ(listing.entries[0].data, "spaced");
 }
 
 // Add replaces everything; Update adds new files and replaces older entries; Freshen only replaces older entries.
@@ -194,7 +160,6 @@ TEST_F(ZipTree, AddFreshenUpdate) {
         std::vector<std::string> messages;
     } rows[] = {
         {"update, nothing newer", tol::ZipUpdate, {}, 12, {}},
-        {"freshen, nothing newer", tol::ZipFreshen, {}, 12, {}},
         {"freshen replaces the newer file, ignores the new one", tol::ZipFreshen, {L"a.txt", L"new.txt"}, 0,
          {"Item a.txt replaced"}},
         {"update adds the new file", tol::ZipUpdate, {}, 0, {"Item new.txt added"}},
@@ -272,7 +237,6 @@ TEST_F(ZipTree, FailuresAndCancelsLeaveTheArchiveAsItWas) {
         long result;
     } rows[] = {
         {"a locked file", [](ZipRequest&, Callbacks&) {}, 18},
-        {"cancelled at once", [](ZipRequest& r, Callbacks& c) { r.options |= tol::ZipSkipLocked, c.cancelFromPoll = 0; }, 9},
         {"cancelled later", [](ZipRequest& r, Callbacks& c) { r.options |= tol::ZipSkipLocked, c.cancelFromPoll = 1; }, 9},
         {"grown, cancelled",
          [](ZipRequest& r, Callbacks& c) { r.grow = -1, r.options |= tol::ZipSkipLocked, c.cancelFromPoll = 1; }, 9},
@@ -304,14 +268,12 @@ TEST_F(ZipTree, RequestsThatCannotBeDone) {
         {"a block of another size", [](ZipRequest& r) { r.size -= 4; }, 16},
         {"an unknown function", [](ZipRequest& r) { r.function = 2; }, 16},
         {"compression 20", [](ZipRequest& r) { r.compression = 20; }, 16},
-        {"compression -1", [](ZipRequest& r) { r.compression = -1; }, 16},
         {"an open quote in a mask list", [](ZipRequest& r) { r.include = "\"*.txt"; }, 16},
         {"two files of one name without paths", [](ZipRequest& r) { r.noPaths = true; }, 16},
         {"a missing folder", [&](ZipRequest& r) { r.item = Quoted(Narrow(folder / L"missing\\*.*")); }, 18},
         {"nothing matches", [](ZipRequest& r) { r.include = "*.none"; }, 12},
         {"freshen without an archive", [](ZipRequest& r) { r.function = tol::ZipFreshen; }, 13},
         {"a comment too long", [](ZipRequest& r) { r.comment = std::string(65536, 'c'); }, 7},
-        {"an archive that is a folder", [&](ZipRequest& r) { r.zipFile = Narrow(src); }, 15},
     };
     for (const Row& row : rows) {
         ZipRequest request = Request();
@@ -343,30 +305,4 @@ TEST_F(ZipTree, TheArchiveAndRefusedFilesStayOut) {
               (std::vector<std::string>{"1 a.txt", "1 app.zip", "1 b.dat", "1 hidden.txt", "1 with space.txt"}));
     EXPECT_TRUE(callbacks.files.empty());
     EXPECT_TRUE(ziptest::ReadBack(archive).entries.empty());
-}
-
-// Paths beyond the classic limit of 260 characters, both ways.
-TEST_F(ZipTree, LongPaths) {
-    std::wstring deep = src + L"\\sub";
-    while (deep.size() < 300) {
-        deep += L"\\a folder with a long name";
-        ASSERT_TRUE(::CreateDirectoryW((L"\\\\?\\" + deep).c_str(), nullptr)) << ::GetLastError();
-    }
-    test::WriteFileBytes(L"\\\\?\\" + deep + L"\\deep.txt", "deep");
-    Callbacks callbacks;
-    ASSERT_EQ(ziptest::CallZip(Request(), callbacks), 0);
-    const ziptest::Listing listing = ziptest::ReadBack(archive);
-    const auto found = std::find_if(listing.entries.begin(), listing.entries.end(),
-                                    [](const ziptest::Listed& e) { return e.name.find("deep.txt") != std::string::npos; });
-    ASSERT_NE(found, listing.entries.end());
-    EXPECT_EQ(found->data, "deep");
-    EXPECT_GT(found->name.size(), 260u);
-
-    ziptest::UnzipRequest unzip;
-    unzip.zipFile = Narrow(archive);
-    unzip.destination = Narrow(folder / L"extracted");
-    ASSERT_EQ(ziptest::CallUnzip(unzip, callbacks), 0);
-    std::wstring relative(found->name.begin(), found->name.end());
-    std::replace(relative.begin(), relative.end(), L'/', L'\\');
-    EXPECT_EQ(test::ReadFileBytes(L"\\\\?\\" + folder.path() + L"\\extracted\\" + relative), "deep");
 }
