@@ -1,7 +1,6 @@
 #include "script_runner.h"
 #include "frame/handles.h"
 #include "frame/messages.h"
-#include <shellapi.h>
 
 namespace test {
 
@@ -9,40 +8,6 @@ std::wstring BinFolder() {
     std::wstring path(1024, L'\0');
     path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
     return path.substr(0, path.find_last_of(L'\\'));
-}
-
-ScratchFolder::ScratchFolder(const std::wstring& prefix) {
-    wchar_t temp[1024];
-    const DWORD length = ::GetTempPathW(1024, temp);
-    path_ = std::wstring(temp, length) + prefix + L"-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
-            std::to_wstring(::GetTickCount64());
-    ::CreateDirectoryW(path_.c_str(), nullptr);
-}
-
-ScratchFolder::~ScratchFolder() {
-    std::wstring from = path_ + L'\0'; // double NUL ends the list
-    SHFILEOPSTRUCTW operation{};
-    operation.wFunc = FO_DELETE;
-    operation.pFrom = from.c_str();
-    operation.fFlags = FOF_NO_UI;
-    ::SHFileOperationW(&operation);
-}
-
-std::string ReadFileBytes(const std::wstring& path) {
-    const tol::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                              OPEN_EXISTING, 0, nullptr));
-    if (!file) return "<missing>";
-    std::string bytes;
-    char buffer[65536];
-    DWORD read = 0;
-    while (::ReadFile(file.get(), buffer, sizeof buffer, &read, nullptr) && read > 0) bytes.append(buffer, read);
-    return bytes;
-}
-
-void WriteFileBytes(const std::wstring& path, const std::string& bytes) {
-    const tol::unique_file file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
-    DWORD written = 0;
-    ::WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
 }
 
 namespace {

@@ -1,6 +1,7 @@
 // Runs velmora-run.exe (or any program) as a build agent would, with its output captured in files, and
 // registers the real VelmoraExt.dll in the prefix for the tests that need the action catalog.
 #pragma once
+#include "fileutil/scratch.h" // ScratchFolder, ReadFileBytes, WriteFileBytes
 #include <windows.h>
 #include <string>
 #include <vector>
@@ -15,19 +16,6 @@ struct ProgramRun {
 };
 
 std::wstring BinFolder();
-// A new empty folder below the temp folder, removed with everything in it when the object goes.
-class ScratchFolder {
-public:
-    explicit ScratchFolder(const std::wstring& prefix);
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const std::wstring& path() const { return path_; }
-    std::wstring operator/(const std::wstring& name) const { return path_ + L"\\" + name; }
-
-private:
-    std::wstring path_;
-};
 
 // Starts the command line with stdout and stderr in files of the folder and waits (at most timeoutMs) for it.
 ProgramRun RunProgram(std::wstring commandLine, const std::wstring& folder, DWORD timeoutMs = 120000);
@@ -36,9 +24,6 @@ ProgramRun RunScript(const std::string& script, const std::wstring& folder, cons
 
 // A text as the body of a JSON string: UTF-8 with backslashes and double quotes escaped.
 std::string Json(const std::wstring& text);
-
-std::string ReadFileBytes(const std::wstring& path);
-void WriteFileBytes(const std::wstring& path, const std::string& bytes);
 
 // Calls an export of a DLL in bin (DllRegisterServer, DllUnregisterServer).
 HRESULT CallLibrary(const char* entry, const wchar_t* dll = L"VelmoraExt.dll");

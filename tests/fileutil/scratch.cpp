@@ -28,11 +28,11 @@ void RemoveTree(const std::wstring& path) {
 
 } // namespace
 
-ScratchFolder::ScratchFolder() {
+ScratchFolder::ScratchFolder(std::wstring_view prefix) {
     static unsigned counter = 0;
     std::wstring temp(::GetTempPathW(0, nullptr), L'\0');
     temp.resize(::GetTempPathW(static_cast<DWORD>(temp.size()), temp.data()));
-    path_ = temp + L"vlm-fileutil-" + std::to_wstring(::GetCurrentProcessId()) + L"-" + std::to_wstring(++counter) +
+    path_ = temp + std::wstring(prefix) + L"-" + std::to_wstring(::GetCurrentProcessId()) + L"-" + std::to_wstring(++counter) +
             L"-" + std::to_wstring(::GetTickCount());
     MakeFolder(path_);
 }
@@ -61,7 +61,8 @@ void WriteFileBytes(const std::wstring& path, std::string_view bytes) {
 }
 
 std::string ReadFileBytes(const std::wstring& path) {
-    tol::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    tol::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                              OPEN_EXISTING, 0, nullptr));
     if (!file) return "<missing>";
     std::string bytes;
     char buffer[4096];

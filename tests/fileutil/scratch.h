@@ -8,7 +8,8 @@ namespace test {
 
 class ScratchFolder {
 public:
-    ScratchFolder();
+    // The folder's name starts with prefix.
+    explicit ScratchFolder(std::wstring_view prefix = L"vlm-test");
     ~ScratchFolder();
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;

@@ -1,15 +1,11 @@
 #include "support.h"
+#include "fileutil/scratch.h"
 #include "frame/component.h"
 #include "frame/messages.h"
 #include "VelmoraExt.h"
 #include <algorithm>
 #include <cwctype>
 #include <stdexcept>
-
-namespace test {
-// Defined alike by both shared helpers these tests link with (fileutil/scratch.h, script_runner.h).
-std::string ReadFileBytes(const std::wstring& path);
-} // namespace test
 
 namespace copytest {
 namespace {
