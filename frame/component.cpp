@@ -2,6 +2,7 @@
 #include "barrier.h"
 #include "module.h"
 #include "VelmoraExt.h"
+#include "pages/pages.h"
 #include <new>
 
 namespace tol {
@@ -77,34 +78,63 @@ public:
     }
 };
 
-// Until the page framework is part of the build, a page can be created but offers no window.
+// A page of the step editor: the page object of its class behind the IActionPage boundary.
 class PageComponent final : public Component<IActionPage> {
 public:
-    using Component::Component;
+    PageComponent(const ClassEntry& entry, std::unique_ptr<PropertyPage> page) noexcept
+        : Component(entry), page_(std::move(page)) {}
 
-    STDMETHODIMP CreatePage(IActionPageSite*, ITextExpander*, HWND, VARIANT_BOOL, HWND* page) override {
-        if (page) *page = nullptr;
-        return NotAvailable();
+    STDMETHODIMP CreatePage(IActionPageSite* site, ITextExpander* expander, HWND parent, VARIANT_BOOL tooltips,
+                            HWND* page) override {
+        if (!page) return E_POINTER;
+        *page = nullptr;
+        return ExceptionBarrier([&] {
+            *page = page_->Create(site, expander, parent, tooltips != VARIANT_FALSE);
+            return S_OK;
+        });
     }
-    STDMETHODIMP DestroyPage() override { return NotAvailable(); }
-    STDMETHODIMP ActivatePage() override { return NotAvailable(); }
+    STDMETHODIMP DestroyPage() override {
+        page_->Destroy();
+        return S_OK;
+    }
+    STDMETHODIMP ActivatePage() override {
+        return ExceptionBarrier([&] {
+            page_->Activate();
+            return S_OK;
+        });
+    }
     STDMETHODIMP DeactivatePage() override { return S_OK; }
-    STDMETHODIMP LoadStep(IBuildStep*, VARIANT_BOOL) override { return NotAvailable(); }
-    STDMETHODIMP ValidatePage(VARIANT_BOOL* valid) override {
-        if (valid) *valid = VARIANT_FALSE;
-        return NotAvailable();
+    STDMETHODIMP LoadStep(IBuildStep* step, VARIANT_BOOL several) override {
+        return ExceptionBarrier([&] {
+            page_->Load(step, several != VARIANT_FALSE);
+            return S_OK;
+        });
     }
-    STDMETHODIMP SaveStep(IBuildStep*) override { return NotAvailable(); }
+    STDMETHODIMP ValidatePage(VARIANT_BOOL* valid) override {
+        if (!valid) return E_POINTER;
+        *valid = VARIANT_FALSE;
+        return ExceptionBarrier([&] {
+            *valid = page_->Validate() ? VARIANT_TRUE : VARIANT_FALSE;
+            return S_OK;
+        });
+    }
+    STDMETHODIMP SaveStep(IBuildStep* step) override {
+        return ExceptionBarrier([&] {
+            page_->Save(step);
+            return S_OK;
+        });
+    }
     STDMETHODIMP GetActiveField(IActionField** field) override {
-        if (field) *field = nullptr;
-        return NotAvailable();
+        if (!field) return E_POINTER;
+        *field = nullptr;
+        return ExceptionBarrier([&] {
+            *field = page_->ActiveField().detach();
+            return S_OK;
+        });
     }
 
 private:
-    HRESULT NotAvailable() const noexcept {
-        SetErrorDescription(std::wstring(L"The property page ") + entry_.name + L" is not available in this build.");
-        return E_NOTIMPL;
-    }
+    std::unique_ptr<PropertyPage> page_;
 };
 
 class ClassFactory final : public IClassFactory {
@@ -142,10 +172,20 @@ ClassFactory g_factories[std::size(kClasses)];
 
 HRESULT CreateComponent(const ClassEntry& entry, REFIID iid, void** object) noexcept {
     IUnknown* component = nullptr;
-    if (entry.kind == ClassKind::Action)
+    if (entry.kind == ClassKind::Action) {
         component = static_cast<IBuildAction*>(new (std::nothrow) ActionComponent(entry));
-    else
-        component = static_cast<IActionPage*>(new (std::nothrow) PageComponent(entry));
+    } else {
+        std::unique_ptr<PropertyPage> page;
+        try {
+            page = CreatePropertyPage(entry.name);
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        } catch (...) {
+            return E_FAIL;
+        }
+        if (!page) return CLASS_E_CLASSNOTAVAILABLE;
+        component = static_cast<IActionPage*>(new (std::nothrow) PageComponent(entry, std::move(page)));
+    }
     if (!component) return E_OUTOFMEMORY;
     component->AddRef();
     const HRESULT hr = component->QueryInterface(iid, object);

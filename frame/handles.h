@@ -79,6 +79,22 @@ struct local_memory_traits {
     static void close(type h) noexcept { ::LocalFree(h); }
 };
 
+struct global_memory_traits {
+    using type = HGLOBAL;
+    static type invalid() noexcept { return nullptr; }
+    static void close(type h) noexcept { ::GlobalFree(h); }
+};
+struct gdi_object_traits {
+    using type = HGDIOBJ;
+    static type invalid() noexcept { return nullptr; }
+    static void close(type h) noexcept { ::DeleteObject(h); }
+};
+struct window_traits {
+    using type = HWND;
+    static type invalid() noexcept { return nullptr; }
+    static void close(type h) noexcept { ::DestroyWindow(h); }
+};
+
 using unique_event = unique_handle<null_handle_traits>;   // events, processes, threads
 using unique_process = unique_handle<null_handle_traits>;
 using unique_file = unique_handle<file_handle_traits>;
@@ -88,5 +104,8 @@ using unique_hkey = unique_handle<hkey_traits>;
 using unique_service = unique_handle<sc_handle_traits>; // service manager and service handles
 using unique_module = unique_handle<module_traits>;
 using unique_hlocal = unique_handle<local_memory_traits>;
+using unique_hglobal = unique_handle<global_memory_traits>;
+using unique_gdi_object = unique_handle<gdi_object_traits>; // fonts, brushes, bitmaps
+using unique_window = unique_handle<window_traits>;
 
 } // namespace tol

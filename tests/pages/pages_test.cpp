@@ -1,0 +1,341 @@
+// The action pages through their dialogs: what a new step stores, the value mappings, the enabling rules, the
+// labels and lists, the page rules, the browse filters, the layout and the service pick list.
+#include "controls.h"
+#include "frame/bstr.h"
+#include "page_host.h"
+#include <gtest/gtest.h>
+#include <algorithm>
+#include <iterator>
+
+namespace test {
+namespace {
+
+class ActionPages : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK); }
+    void TearDown() override { ::CoUninitialize(); }
+};
+
+using Names = std::vector<std::wstring>;
+struct Saved {
+    const wchar_t* name;
+    const wchar_t* value; // as Describe shows it
+};
+
+// A new step takes every default: what differs from an empty or zero default is stored, the rest removed.
+TEST_F(ActionPages, NewStepStoresTheDefaults) {
+    const struct {
+        const wchar_t* page;
+        Names removed;
+        std::vector<Saved> written;
+    } cases[] = {
+        {L"WriteFileUI", {L"Filename", L"Text", L"Append", L"Encoding"}, {}},
+        {L"WriteINIUI", {L"Filename", L"Section", L"ValueName", L"Delete", L"ValueData"}, {}},
+        {L"WriteRegUI", {L"Computer", L"SubKey", L"ValueName", L"ValueData", L"DeleteValue"},
+         {{L"RootKey", L"-2147483648"}, {L"ValueType", L"1"}}},
+        {L"CopyFilesUI", {L"SourceDir", L"DestDir", L"Ext", L"ExclExt", L"Empty", L"Recurse", L"Flat", L"Purge", L"Move", L"MoveDirs"},
+         {{L"Incremental", L"true"}}},
+        {L"CopyFilesOptUI", {L"NoCopy", L"LogUpToDate", L"IgnoreSrc", L"Hidden", L"Archive", L"ClearArchive", L"ShortNames"},
+         {{L"LogCopied", L"true"}, {L"Restartable", L"true"}, {L"ReadOnly", L"true"}, {L"TBD", L"true"},
+          {L"Retries", L"\"10\""}, {L"Delay", L"\"15\""}}},
+        {L"FileReplaceUI", {L"FileIn", L"FileOut", L"Find", L"Replace", L"Attr", L"CaseSensitive", L"Literal", L"Encoding"}, {}},
+        {L"WaitUI", {L"WaitFor", L"Criteria"}, {}},
+        {L"ServiceUI", {L"Computer", L"Service"}, {{L"Action", L"1"}}},
+        {L"GACInstallUI", {L"Filename", L"Unregister", L"NGEN", L"Force", L"AssemblyFolder", L"ShowCmd"}, {}},
+        {L"COMPlusAppUI", {L"Op", L"Computer", L"Application", L"Password"},
+         {{L"Identity", L"\"Interactive User\""}, {L"Activation", L"1"}, {L"RunForever", L"1"}, {L"ShutdownAfter", L"\"3\""}}},
+        {L"COMPlusCompUI", {L"Op", L"Computer", L"Application", L"Component", L"ComponentTransactionTimeout"},
+         {{L"Transaction", L"1"}, {L"Synchronization", L"4"}, {L"JustInTimeActivation", L"true"}}},
+        {L"COMPlusPropUI", {}, {{L"Props", L"[]"}, {L"Values", L"[]"}}},
+        {L"ZipFilesUI", {L"Source", L"Ext", L"ExclExt", L"Dest", L"Recurse", L"NoPaths", L"PathInfo"}, {{L"Action", L"2"}}},
+        {L"ZipFilesOptUI", {L"Archive", L"ClearArchive", L"ShortNames", L"SkipLocked", L"Delete", L"Grow", L"Comment"},
+         {{L"Hidden", L"true"}, {L"LogDetail", L"true"}, {L"Compression", L"\"5\""}}},
+        {L"UnzipFilesUI", {L"Source", L"Ext", L"Recurse", L"Dest", L"ShortNames", L"ReadOnly"},
+         {{L"Action", L"2"}, {L"PathInfo", L"true"}, {L"LogDetail", L"true"}}},
+    };
+    for (const auto& c : cases) {
+        PageHost host(c.page);
+        host.Load(nullptr);
+        PageStep step;
+        host.page().Save(&step);
+        EXPECT_EQ(step.removed, c.removed) << c.page;
+        for (const Saved& saved : c.written) {
+            EXPECT_EQ(step.Has(saved.name) ? Describe(step.Get(saved.name)) : L"<none>", saved.value) << c.page << " " << saved.name;
+        }
+    }
+    EXPECT_FALSE(tol::CreatePropertyPage(L"WriteFile"));
+}
+
+// The step keeps registry root handle values and types; the controls show indexes. Unknown values and string
+// overrides pass unchanged, except that any type but the first button's saves as REG_DWORD.
+TEST_F(ActionPages, WriteRegistryMapsStoredValuesToIndexes) {
+    const struct {
+        long rootKey;
+        const wchar_t* rootText; // a string override instead of the number
+        long valueType;
+        long shownRoot;
+        int checkedType; // 0: neither button
+        const wchar_t* savedRoot;
+        const wchar_t* savedType;
+    } cases[] = {
+        {static_cast<long>(0x80000002), nullptr, 4, 2, 1058, L"-2147483646", L"4"},
+        {static_cast<long>(0x80000001), nullptr, 1, 1, 1057, L"-2147483647", L"1"},
+        {static_cast<long>(0x80000003), nullptr, 7, -1, 0, L"-2147483645", L"4"},
+        {0, L"%ROOT%", 1, 0, 1057, L"\"%ROOT%\"", L"1"},
+    };
+    for (const auto& c : cases) {
+        PageHost host(L"WriteRegUI");
+        PageStep stored;
+        stored.SetLong(L"RootKey", c.rootKey);
+        stored.SetLong(L"ValueType", c.valueType);
+        if (c.rootText) stored.SetText(L"RootKey", c.rootText);
+        host.Load(&stored);
+        EXPECT_EQ(Selection(host.Item(1000)), c.shownRoot) << c.savedRoot;
+        EXPECT_EQ(host.Checked(1057), c.checkedType == 1057) << c.savedRoot;
+        EXPECT_EQ(host.Checked(1058), c.checkedType == 1058) << c.savedRoot;
+        PageStep step;
+        host.page().Save(&step);
+        EXPECT_EQ(Describe(step.Get(L"RootKey")), c.savedRoot);
+        EXPECT_EQ(Describe(step.Get(L"ValueType")), c.savedType);
+    }
+    PageHost host(L"WriteRegUI");
+    host.Load(nullptr);
+    host.SetText(1019, L"Software\\Tolvane");
+    host.Select(1000, 1);
+    host.Click(1058);
+    ASSERT_TRUE(host.Validate());
+    PageStep step;
+    host.page().Save(&step);
+    EXPECT_EQ(Describe(step.Get(L"RootKey")), L"-2147483647");
+    EXPECT_EQ(Describe(step.Get(L"ValueType")), L"4");
+}
+
+struct Action {
+    enum { Click, Select } kind;
+    int id;
+    int index = 0;
+};
+
+TEST_F(ActionPages, EnablingRulesFollowLoadsClicksAndSelections) {
+    const std::vector<int> identity = {1026, 1027, 1072, 1073, 1028};
+    const std::vector<int> appSettings = {1070, 1071, 1026, 1027, 1072, 1073, 1028};
+    const std::vector<int> componentSettings = {1068, 1069, 1070, 1071, 1072, 1074, 1075, 1076, 1077, 1078, 1062, 1081};
+    const struct {
+        const wchar_t* page;
+        std::vector<std::pair<const wchar_t*, long>> stored; // empty: a new step
+        std::vector<Action> actions;
+        std::vector<int> enabled, disabled;
+    } cases[] = {
+        {L"WriteINIUI", {}, {}, {1002}, {}},
+        {L"WriteINIUI", {}, {{Action::Click, 1031}}, {}, {1002}},
+        {L"WriteRegUI", {}, {{Action::Click, 1031}}, {1008}, {1002, 1057, 1058}},
+        {L"WriteRegUI", {{L"DeleteValue", 1}}, {}, {}, {1002, 1057, 1058}},
+        {L"WriteRegUI", {{L"DeleteValue", 1}}, {{Action::Click, 1031}}, {1002, 1057, 1058}, {}},
+        {L"CopyFilesUI", {}, {}, {}, {1043, 1044, 1051}},
+        {L"CopyFilesUI", {}, {{Action::Click, 1042}, {Action::Click, 1049}}, {1043, 1044, 1051}, {}},
+        {L"CopyFilesUI", {{L"Recurse", 1}}, {}, {1043, 1044}, {1051}},
+        {L"CopyFilesOptUI", {}, {}, {}, {1052}},
+        {L"CopyFilesOptUI", {}, {{Action::Click, 1051}}, {1052}, {}},
+        {L"ZipFilesUI", {}, {}, {1085}, {1043}},
+        {L"ZipFilesUI", {}, {{Action::Click, 1042}}, {1043, 1085}, {}},
+        {L"ZipFilesUI", {}, {{Action::Click, 1042}, {Action::Click, 1043}}, {1043}, {1085}},
+        {L"ZipFilesUI", {}, {{Action::Click, 1042}, {Action::Click, 1043}, {Action::Click, 1042}}, {1085}, {1043}},
+        {L"COMPlusAppUI", {}, {}, appSettings, {}},
+        {L"COMPlusAppUI", {}, {{Action::Click, 1070}}, {1070, 1071}, identity},
+        {L"COMPlusAppUI", {}, {{Action::Select, 1065, 1}}, {}, appSettings},
+        {L"COMPlusAppUI", {{L"Activation", 0}}, {{Action::Select, 1065, 1}, {Action::Select, 1065, 0}}, {1070, 1071}, identity},
+        {L"COMPlusCompUI", {}, {{Action::Select, 1065, 2}}, {1073, 1079, 1080, 1088}, componentSettings},
+        {L"COMPlusCompUI", {{L"Op", 3}}, {}, {1073, 1079}, componentSettings},
+        {L"COMPlusCompUI", {{L"Op", 3}}, {{Action::Select, 1065, 1}}, componentSettings, {}},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        const auto& c = cases[i];
+        PageHost host(c.page);
+        PageStep stored;
+        for (const auto& [name, value] : c.stored) stored.SetLong(name, value);
+        host.Load(c.stored.empty() ? nullptr : &stored);
+        for (const Action& action : c.actions) {
+            if (action.kind == Action::Click) host.Click(action.id);
+            else host.Select(action.id, action.index);
+        }
+        for (int id : c.enabled) EXPECT_TRUE(host.Enabled(id)) << "case " << i << ": " << id;
+        for (int id : c.disabled) EXPECT_FALSE(host.Enabled(id)) << "case " << i << ": " << id;
+    }
+}
+
+TEST_F(ActionPages, WaitLabelNamesTheCriteriaOfTheCheckedButton) {
+    const struct {
+        long stored; // -1: a new step
+        std::vector<int> clicks;
+        const wchar_t* label;
+    } cases[] = {
+        {-1, {}, L"Elapsed time (HH:MM:SS):"},
+        {-1, {1029}, L"Time or date/time (HH:MM or MM/DD/YYYY HH:MM):"},
+        {-1, {1029, 1030}, L"Filename:"},
+        {2, {}, L"Filename:"},
+        {2, {1028}, L"Elapsed time (HH:MM:SS):"},
+        {5, {}, L"Elapsed time (HH:MM:SS):"}, // no button checked
+    };
+    for (const auto& c : cases) {
+        PageHost host(L"WaitUI");
+        PageStep stored;
+        stored.SetLong(L"WaitFor", c.stored);
+        host.Load(c.stored < 0 ? nullptr : &stored);
+        for (int id : c.clicks) host.Click(id);
+        EXPECT_EQ(host.Text(1031), c.label) << c.stored << " " << c.clicks.size();
+    }
+}
+
+TEST_F(ActionPages, ListsOfferTheirEntriesInOrder) {
+    const struct {
+        const wchar_t* page;
+        int id;
+        Names items;
+    } cases[] = {
+        {L"WriteRegUI", 1000, {L"HKEY_CLASSES_ROOT", L"HKEY_CURRENT_USER", L"HKEY_LOCAL_MACHINE"}},
+        {L"COMPlusAppUI", 1065, {L"Create/Modify", L"Delete", L"Shutdown", L"Start"}},
+        {L"COMPlusCompUI", 1065, {L"Add", L"Modify", L"Delete", L"Report"}},
+        {L"ZipFilesUI", 1084, {L"Add", L"Freshen", L"Update"}},
+        {L"UnzipFilesUI", 1084, {L"Extract", L"Freshen", L"Update"}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(ListItems(PageHost(c.page).Item(c.id)), c.items) << c.page;
+
+    PageHost zip(L"ZipFilesUI");
+    PageStep stored;
+    stored.SetLong(L"Action", 0);
+    zip.Load(&stored);
+    EXPECT_EQ(Selection(zip.Item(1084)), 0);
+    zip.SetText(1047, L"C:\\src");
+    zip.SetText(1009, L"\"C:\\out.zip\"");
+    zip.Select(1084, 2);
+    ASSERT_TRUE(zip.Validate());
+    zip.page().Save(&stored);
+    EXPECT_EQ(Describe(stored.Get(L"Action")), L"2");
+    EXPECT_EQ(stored.Text(L"Dest"), L"C:\\out.zip");
+}
+
+TEST_F(ActionPages, NewComponentStepShowsItsRadioDefaults) {
+    PageHost host(L"COMPlusCompUI");
+    host.Load(nullptr);
+    EXPECT_TRUE(host.Checked(1069)); // Transaction: "Not supported"
+    EXPECT_TRUE(host.Checked(1078)); // Synchronization: "Requires new"
+    EXPECT_FALSE(host.Checked(1068));
+    EXPECT_FALSE(host.Checked(1079));
+}
+
+// "*" stands for every application: none can be created under it, nor can a component be added as "*".
+TEST_F(ActionPages, ComPlusPagesRefuseStarNames) {
+    const struct {
+        const wchar_t* page;
+        int operation;
+        const wchar_t* application;
+        const wchar_t* component; // null on the application page
+        const wchar_t* message;   // null: accepted
+    } cases[] = {
+        {L"COMPlusAppUI", 0, L"*", nullptr, L"Velmora: Invalid application name."},
+        {L"COMPlusAppUI", 1, L"*", nullptr, nullptr},
+        {L"COMPlusAppUI", 0, L"Sales", nullptr, nullptr},
+        {L"COMPlusCompUI", 0, L"Sales", L"*", L"Velmora: Invalid component name."},
+        {L"COMPlusCompUI", 0, L"*", L"x.dll", L"Velmora: Invalid application name."},
+        {L"COMPlusCompUI", 1, L"Sales", L"*", nullptr},
+        {L"COMPlusCompUI", 3, L"*", L"*", nullptr},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        const auto& c = cases[i];
+        PageHost host(c.page);
+        host.Load(nullptr);
+        host.Select(1065, c.operation);
+        host.SetText(1080, c.application);
+        if (c.component) host.SetText(1088, c.component);
+        MessageBoxAnswerer boxes(IDOK);
+        EXPECT_EQ(host.Validate(), c.message == nullptr) << "case " << i;
+        EXPECT_EQ(boxes.texts, c.message ? Names{c.message} : Names{}) << "case " << i;
+    }
+}
+
+// What the host's browse command offers for the focused field.
+TEST_F(ActionPages, FieldsOfferTheirBrowseKindAndFilter) {
+    const struct {
+        const wchar_t* page;
+        int id;
+        long kind;
+        const wchar_t* filter;
+    } cases[] = {
+        {L"GACInstallUI", 1008, 2, L".NET Assemblies (*.dll)|*.dll||"},
+        {L"COMPlusCompUI", 1088, 2, L"COM+ components (*.dll, *.ocx)|*.dll;*.ocx|All Files (*.*)|*.*||"},
+        {L"ZipFilesUI", 1009, 2, L"ZIP files (*.zip)|*.zip|All Files (*.*)|*.*||"},
+        {L"UnzipFilesUI", 1047, 2, L"ZIP files (*.zip)|*.zip|All Files (*.*)|*.*||"},
+        {L"UnzipFilesUI", 1009, 1, L""},
+        {L"CopyFilesUI", 1047, 1, L""},
+        {L"WaitUI", 1032, 2, L""},
+        {L"WriteRegUI", 1019, 0, L""},
+    };
+    for (const auto& c : cases) {
+        PageHost host(c.page);
+        host.Load(nullptr);
+        ::SetFocus(host.Item(c.id));
+        PageHost::Pump();
+        tol::com_ptr<IActionField> field = host.page().ActiveField();
+        ASSERT_TRUE(field) << c.page << " " << c.id;
+        long kind = -1;
+        tol::bstr filter;
+        EXPECT_EQ(field->GetBrowseKind(&kind), S_OK);
+        EXPECT_EQ(field->GetBrowseFilter(filter.receive()), S_OK);
+        EXPECT_EQ(kind, c.kind) << c.page << " " << c.id;
+        EXPECT_EQ(filter.str(), c.filter) << c.page << " " << c.id;
+    }
+}
+
+// A page grown by 40 x 30 pixels moves and sizes each control by its layout flags.
+TEST_F(ActionPages, ControlsFollowThePageSize) {
+    const struct {
+        const wchar_t* page;
+        int id;
+        DWORD flags;
+    } cases[] = {
+        {L"WriteRegUI", 1002, tol::kGrowWidth | tol::kGrowHeight}, {L"WriteRegUI", 1034, 0},
+        {L"CopyFilesUI", 1010, tol::kGrowHeight},                  {L"ZipFilesUI", 1009, tol::kGrowWidth | tol::kMoveDown},
+        {L"ZipFilesUI", 1090, tol::kMoveDown},                     {L"UnzipFilesUI", 1048, tol::kMoveDown},
+        {L"COMPlusPropUI", 1035, tol::kGrowWidth},                 {L"COMPlusPropUI", 1025, 0},
+    };
+    for (const auto& c : cases) {
+        PageHost host(c.page);
+        auto bounds = [&] {
+            RECT r{};
+            ::GetWindowRect(host.Item(c.id), &r);
+            ::MapWindowPoints(nullptr, host.window(), reinterpret_cast<POINT*>(&r), 2);
+            return r;
+        };
+        const RECT before = bounds();
+        RECT window{};
+        ::GetWindowRect(host.window(), &window);
+        ::SetWindowPos(host.window(), nullptr, 0, 0, window.right - window.left + 40, window.bottom - window.top + 30,
+                       SWP_NOMOVE | SWP_NOZORDER);
+        const RECT after = bounds();
+        EXPECT_EQ(after.left - before.left, 0) << c.page << " " << c.id;
+        EXPECT_EQ(after.right - before.right, (c.flags & tol::kGrowWidth) ? 40 : 0) << c.page << " " << c.id;
+        EXPECT_EQ(after.top - before.top, (c.flags & tol::kMoveDown) ? 30 : 0) << c.page << " " << c.id;
+        EXPECT_EQ(after.bottom - before.bottom, (c.flags & (tol::kGrowHeight | tol::kMoveDown)) ? 30 : 0) << c.page << " " << c.id;
+    }
+}
+
+// The service list names the prefix's services by display name; leaving the computer field refills it and keeps a
+// typed service.
+TEST_F(ActionPages, ServiceListFollowsTheComputerField) {
+    PageHost host(L"ServiceUI");
+    host.Load(nullptr);
+    auto listed = [&](const wchar_t* name) {
+        const Names items = ListItems(host.Item(1035));
+        return std::find(items.begin(), items.end(), name) != items.end();
+    };
+    EXPECT_TRUE(listed(L"Plug and Play Service"));
+    ::SendMessageW(host.Item(1035), CB_RESETCONTENT, 0, 0);
+    host.SetText(1035, L"My Service");
+    host.SetText(1034, L"localhost");
+    ::SendMessageW(host.window(), WM_COMMAND, MAKEWPARAM(1034, CBN_KILLFOCUS), reinterpret_cast<LPARAM>(host.Item(1034)));
+    EXPECT_TRUE(listed(L"Plug and Play Service"));
+    EXPECT_EQ(host.Text(1035), L"My Service");
+}
+
+} // namespace
+} // namespace test
