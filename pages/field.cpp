@@ -90,7 +90,7 @@ LRESULT CALLBACK ControlWrapper::SubclassProc(HWND window, UINT message, WPARAM 
 
 LRESULT ControlWrapper::Handle(HWND window, UINT message, WPARAM w, LPARAM l, bool& handled) {
     if (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST && page_.tooltip()) {
-        MSG relayed{control_, message, w, l, ::GetMessageTime(), {}};
+        MSG relayed{control_, message, w, l, static_cast<DWORD>(::GetMessageTime()), {}};
         ::SendMessageW(page_.tooltip(), TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&relayed));
         return 0;
     }

@@ -556,12 +556,6 @@ void PropertyPage::MarkChanged(Field& field) {
 }
 
 void PropertyPage::HandleCommand(WORD id, WORD code, HWND control) {
-    if (OnCommand(id, code, control)) return;
-    if (control == overrideButton_ && code == BN_CLICKED) {
-        CloseOverrideEdit();
-        return;
-    }
-    if (control == overrideEdit_) return;
     // Notification codes overlap between classes: the sender's class says what a code means.
     enum class Event { None, Changed, Clicked, Focused } event = Event::None;
     const std::wstring name = ClassOf(control);
@@ -572,13 +566,17 @@ void PropertyPage::HandleCommand(WORD id, WORD code, HWND control) {
               : code == CBN_SETFOCUS ? Event::Focused : Event::None;
     else
         event = code == EN_CHANGE ? Event::Changed : code == EN_SETFOCUS ? Event::Focused : Event::None;
+    // A click closes an open override edit first, so that the control it re-enables is then subject to the
+    // page's enabling rules like every other.
+    if (event == Event::Clicked) CloseOverrideEdit();
+    if (OnCommand(id, code, control)) return;
+    if (control == overrideButton_ || control == overrideEdit_) return;
     Field* field = FieldOf(control);
     switch (event) {
     case Event::Changed:
         if (field && !loading_) MarkChanged(*field);
         break;
     case Event::Clicked:
-        CloseOverrideEdit();
         if (!field || loading_) break;
         if (field->IsTyped() && field->HasOverride())
             ::PostMessageW(window_, kConfirmOverrideRemoval, reinterpret_cast<WPARAM>(control), 0);

@@ -11,8 +11,8 @@ namespace {
 constexpr UINT kOpenManagerFailed = 22;  // "Error opening service manager: %1"
 constexpr UINT kEnumerationFailed = 151; // "Error enumerating services: %1"
 
-// The fixed size of one service entry as the size query states it: a buffer that can hold no entry at all, so the
-// query only learns how much room the whole list takes.
+// The size query's buffer, smaller than one entry: the query only learns how much room the whole list takes. The
+// read gets that much and this much to spare.
 constexpr DWORD kEntrySize = 36;
 
 struct net_buffer_deleter {
@@ -23,8 +23,9 @@ using unique_net_buffer = std::unique_ptr<BYTE, net_buffer_deleter>;
 // Storage for service entries: aligned for them, at least `bytes` long.
 class ServiceBuffer {
 public:
-    explicit ServiceBuffer(DWORD bytes) : entries_((bytes + sizeof(ENUM_SERVICE_STATUSW) - 1) / sizeof(ENUM_SERVICE_STATUSW)), bytes_(bytes) {}
-    BYTE* data() noexcept { return reinterpret_cast<BYTE*>(entries_.data()); }
+    explicit ServiceBuffer(DWORD bytes)
+        : entries_((bytes + sizeof(ENUM_SERVICE_STATUSW) - 1) / sizeof(ENUM_SERVICE_STATUSW)), bytes_(bytes) {}
+    ENUM_SERVICE_STATUSW* data() noexcept { return entries_.data(); }
     DWORD size() const noexcept { return bytes_; }
     const ENUM_SERVICE_STATUSW& operator[](size_t index) const noexcept { return entries_[index]; }
 
@@ -67,16 +68,16 @@ ServiceQuery QueryServices(const std::wstring& computer) {
     }
     DWORD needed = 0, count = 0;
     ServiceBuffer probe(kEntrySize);
-    if (::EnumServicesStatusW(manager.get(), SERVICE_DRIVER | SERVICE_WIN32, SERVICE_STATE_ALL,
-                              reinterpret_cast<ENUM_SERVICE_STATUSW*>(probe.data()), probe.size(), &needed, &count, nullptr))
+    if (::EnumServicesStatusW(manager.get(), SERVICE_DRIVER | SERVICE_WIN32, SERVICE_STATE_ALL, probe.data(), probe.size(),
+                              &needed, &count, nullptr))
         return result; // the whole list fits in no room: nothing to show
-    if (::GetLastError() != ERROR_MORE_DATA) {
-        result.error = FailureText(kEnumerationFailed, ::GetLastError());
+    if (const DWORD error = ::GetLastError(); error != ERROR_MORE_DATA) {
+        result.error = FailureText(kEnumerationFailed, error);
         return result;
     }
     ServiceBuffer buffer(needed + kEntrySize);
-    if (!::EnumServicesStatusW(manager.get(), SERVICE_WIN32, SERVICE_STATE_ALL,
-                               reinterpret_cast<ENUM_SERVICE_STATUSW*>(buffer.data()), buffer.size(), &needed, &count, nullptr)) {
+    if (!::EnumServicesStatusW(manager.get(), SERVICE_WIN32, SERVICE_STATE_ALL, buffer.data(), buffer.size(), &needed, &count,
+                               nullptr)) {
         result.error = FailureText(kEnumerationFailed, ::GetLastError());
         return result;
     }
