@@ -32,7 +32,7 @@ std::wstring Shown(const VARIANT& value) {
 
 class BuildStep final : public HostObject<IBuildStep, IBuildStepWriter> {
 public:
-    BuildStep(PropertyMap properties, std::shared_ptr<const Expander> expander)
+    BuildStep(std::shared_ptr<PropertyMap> properties, std::shared_ptr<const Expander> expander)
         : properties_(std::move(properties)), expander_(std::move(expander)) {}
 
     STDMETHODIMP GetStoredProperty(BSTR name, VARIANT* value) override {
@@ -59,7 +59,7 @@ public:
             const std::wstring key(BstrView(name));
             if (key.empty()) ThrowDescribed(E_INVALIDARG, IID_IBuildStepWriter, L"A property needs a name.");
             tol::variant copy = CopyValue(value);
-            properties_.insert_or_assign(key, std::move(copy));
+            properties_->insert_or_assign(key, std::move(copy));
             return S_OK;
         });
     }
@@ -68,18 +68,18 @@ public:
         if (previous) ::VariantInit(previous);
         return Call<IBuildStepWriter>([&] {
             if (!previous) throw comet::com_error(E_POINTER);
-            const auto found = properties_.find(std::wstring(BstrView(name)));
-            if (found == properties_.end()) return S_OK;
+            const auto found = properties_->find(std::wstring(BstrView(name)));
+            if (found == properties_->end()) return S_OK;
             *previous = found->second.release();
-            properties_.erase(found);
+            properties_->erase(found);
             return S_OK;
         });
     }
 
 private:
     tol::variant Stored(const std::wstring& name) const {
-        const auto found = properties_.find(name);
-        return found == properties_.end() ? tol::variant() : CopyValue(found->second.get());
+        const auto found = properties_->find(name);
+        return found == properties_->end() ? tol::variant() : CopyValue(found->second.get());
     }
 
     tol::variant Evaluated(const std::wstring& name, VARTYPE wanted) const {
@@ -97,13 +97,17 @@ private:
         return converted;
     }
 
-    PropertyMap properties_;
+    std::shared_ptr<PropertyMap> properties_;
     std::shared_ptr<const Expander> expander_;
 };
 
 } // namespace
 
 tol::com_ptr<IBuildStep> MakeBuildStep(PropertyMap properties, std::shared_ptr<const Expander> expander) {
+    return MakeBuildStep(std::make_shared<PropertyMap>(std::move(properties)), std::move(expander));
+}
+
+tol::com_ptr<IBuildStep> MakeBuildStep(std::shared_ptr<PropertyMap> properties, std::shared_ptr<const Expander> expander) {
     return MakeHostObject<IBuildStep, BuildStep>(std::move(properties), std::move(expander));
 }
 

@@ -1,6 +1,7 @@
 // velmora-run: runs a build script of steps with the registered actions, as a host would on a build agent.
 #include "build_run.h"
 #include "catalog.h"
+#include "editor.h"
 #include "options.h"
 #include "runner.h"
 #include "stop.h"
@@ -72,6 +73,10 @@ int Run(const std::vector<std::wstring>& args, Log& out, Log& err) {
         return kExitSucceeded;
     }
     const ComApartment apartment;
+    if (options.edit) {
+        DefaultSdkFolder();
+        return EditScriptStep(options);
+    }
     return options.list ? ListActions(out, err) : RunScriptFile(options, out);
 }
 

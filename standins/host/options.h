@@ -13,6 +13,12 @@ struct Options {
     long timeoutSeconds = 0; // 0: no limit
     VariableMap variables;   // --var NAME=VALUE; a later value of a name replaces an earlier one
     std::wstring script;
+
+    // --edit SCRIPT N | --edit SCRIPT new ACTION [--screenshot PREFIX]
+    bool edit = false;
+    size_t editStep = 0;          // from 1; 0: a new step of newAction
+    std::wstring newAction;
+    std::wstring screenshotPrefix; // not empty: take a picture of each page and close without saving
 };
 
 class UsageError : public tol::truntime_error {

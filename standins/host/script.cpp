@@ -161,7 +161,9 @@ std::vector<ScriptStep> ParseSteps(const json& steps) {
     return result;
 }
 
-std::string ReadWholeFile(const std::wstring& path) {
+} // namespace
+
+std::string ReadScriptFile(const std::wstring& path) {
     tol::unique_file file(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                                         FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) throw ScriptError(SystemText(tol::HResultFromLastError()));
@@ -173,8 +175,6 @@ std::string ReadWholeFile(const std::wstring& path) {
         if (read == 0) return bytes;
     }
 }
-
-} // namespace
 
 Script ParseScript(std::string_view text) {
     if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
@@ -195,7 +195,7 @@ Script ParseScript(std::string_view text) {
 
 Script LoadScript(const std::wstring& path) {
     try {
-        return ParseScript(ReadWholeFile(path));
+        return ParseScript(ReadScriptFile(path));
     } catch (const ScriptError& e) {
         throw ScriptError(path + L": " + TrimLineEnd(e.message()));
     }

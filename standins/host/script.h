@@ -30,6 +30,9 @@ public:
 // true/false VT_BOOL, an integer VT_I4, a list of strings VT_ARRAY | VT_VARIANT of VT_BSTR, null VT_EMPTY.
 Script ParseScript(std::string_view text);
 
+// The file's bytes; failures throw ScriptError with the system's text.
+std::string ReadScriptFile(const std::wstring& path);
+
 // Reads and parses the file; the messages of its errors start with the file name.
 Script LoadScript(const std::wstring& path);
 
