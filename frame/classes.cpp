@@ -55,10 +55,14 @@ const CatalogRecord kCatalog[12] = {
     {L"UNZIP Files", L"Files", 62, L"UnzipFilesAction", L"UnzipFilesUI", nullptr, nullptr, nullptr, 536, L"Source", 124},
 };
 
+// {ED2F7B0F-8CED-45C8-95AE-20069A030A62}
+const CLSID CLSID_ScriptPreviewUI = {0xed2f7b0f, 0x8ced, 0x45c8, {0x95, 0xae, 0x20, 0x06, 0x9a, 0x03, 0x0a, 0x62}};
+const ClassEntry kPreviewPage = {&CLSID_ScriptPreviewUI, L"ScriptPreviewUI", ClassKind::Page, nullptr};
+
 const ClassEntry* FindClass(REFCLSID clsid) noexcept {
     for (const ClassEntry& entry : kClasses)
         if (*entry.clsid == clsid) return &entry;
-    return nullptr;
+    return clsid == CLSID_ScriptPreviewUI ? &kPreviewPage : nullptr;
 }
 
 const CatalogRecord* RecordOfFirstPage(const ClassEntry& entry) noexcept {

@@ -31,12 +31,16 @@ struct CatalogRecord {
 };
 
 extern const ClassEntry kClasses[27];
+// A page class that the server creates but does not register: the step editor's script preview.
+extern const ClassEntry kPreviewPage;
+extern const CLSID CLSID_ScriptPreviewUI;
 extern const CatalogRecord kCatalog[12];
 
 constexpr const wchar_t kProgIdPrefix[] = L"VelmoraExt.";
 constexpr const wchar_t kCatalogKey[] = L"Software\\Tolvane\\Velmora\\Actions";
 constexpr const wchar_t kHostExecutable[] = L"Velmora.exe";
 
+// One of kClasses, or kPreviewPage.
 const ClassEntry* FindClass(REFCLSID clsid) noexcept;
 // The catalog record whose first page is this class, or null.
 const CatalogRecord* RecordOfFirstPage(const ClassEntry& entry) noexcept;

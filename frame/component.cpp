@@ -167,6 +167,7 @@ public:
 };
 
 ClassFactory g_factories[std::size(kClasses)];
+ClassFactory g_previewFactory;
 
 } // namespace
 
@@ -194,7 +195,7 @@ HRESULT CreateComponent(const ClassEntry& entry, REFIID iid, void** object) noex
 }
 
 HRESULT GetClassObject(const ClassEntry& entry, REFIID iid, void** object) noexcept {
-    ClassFactory& factory = g_factories[&entry - kClasses];
+    ClassFactory& factory = &entry == &kPreviewPage ? g_previewFactory : g_factories[&entry - kClasses];
     factory.entry = &entry;
     return factory.QueryInterface(iid, object);
 }

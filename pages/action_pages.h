@@ -161,4 +161,13 @@ public:
     COMPlusPropUI() noexcept;
 };
 
+// Not an action's page: a step's "Text" in the script editor control, for the step editor's script preview.
+class ScriptPreviewUI final : public PropertyPage {
+public:
+    ScriptPreviewUI() noexcept;
+
+private:
+    void AfterCreate() override;
+};
+
 } // namespace tol

@@ -235,6 +235,8 @@ LRESULT Send(HWND control, UINT message, WPARAM w = 0, LPARAM l = 0) { return ::
 
 } // namespace
 
+void LoadEditorControlLibrary() { Library(); }
+
 void RegisterScriptLanguages() {
     const auto registerLanguage = Library().Get<CMREGISTERLANGUAGE>(CM_ORDINAL_REGISTERLANGUAGE);
     for (const ScriptLanguage& language : kScriptLanguages) {

@@ -9,6 +9,10 @@ namespace tol {
 // Below HKEY_CURRENT_USER.
 inline constexpr wchar_t kEditorSettingsKey[] = L"Software\\Tolvane\\Velmora\\Editor";
 
+// Loads the control library, which registers the "CodeMax" window class; a dialog that holds such a control can
+// be created only afterwards. Throws comet::com_error when the library cannot be loaded.
+void LoadEditorControlLibrary();
+
 // Registers "JScript" and "VBScript" with the control library. Throws comet::com_error (also when the library
 // cannot be loaded).
 void RegisterScriptLanguages();

@@ -96,6 +96,20 @@ void MarkCaption(const Field& field) {
     }
 }
 
+// Whether a dialog template names the editor control's window class, whose library must then be loaded first.
+bool TemplateNamesEditorControl(UINT dialogId) {
+    const HRSRC resource = ::FindResourceW(ResourceModule(), MAKEINTRESOURCEW(dialogId), MAKEINTRESOURCEW(5));
+    const HGLOBAL loaded = resource ? ::LoadResource(ResourceModule(), resource) : nullptr;
+    const auto* data = static_cast<const wchar_t*>(loaded ? ::LockResource(loaded) : nullptr);
+    if (!data) return false;
+    // The resource compiler may store a class name in capitals: compare without case.
+    const std::wstring_view text(data, ::SizeofResource(ResourceModule(), resource) / sizeof(wchar_t));
+    constexpr std::wstring_view name(L"CODEMAX\0", 8);
+    const auto found = std::search(text.begin(), text.end(), name.begin(), name.end(),
+                                   [](wchar_t a, wchar_t b) { return std::towupper(a) == b; });
+    return found != text.end();
+}
+
 class Clipboard {
 public:
     explicit Clipboard(HWND owner) : open_(::OpenClipboard(owner) != FALSE) {}
@@ -122,6 +136,7 @@ HWND PropertyPage::Create(IActionPageSite* site, ITextExpander* expander, HWND p
     Destroy();
     site_ = com_ptr<IActionPageSite>(site);
     expander_ = com_ptr<ITextExpander>(expander);
+    if (TemplateNamesEditorControl(dialogId_)) LoadEditorControlLibrary();
     const HWND created = ::CreateDialogParamW(ResourceModule(), MAKEINTRESOURCEW(dialogId_), parent, DialogProc,
                                               reinterpret_cast<LPARAM>(this));
     if (!created) return nullptr;

@@ -30,6 +30,7 @@ constexpr PageClass kPageClasses[] = {
     {L"ZipFilesUI", Make<ZipFilesUI>},
     {L"ZipFilesOptUI", Make<ZipFilesOptUI>},
     {L"UnzipFilesUI", Make<UnzipFilesUI>},
+    {L"ScriptPreviewUI", Make<ScriptPreviewUI>},
 };
 
 } // namespace

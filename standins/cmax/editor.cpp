@@ -1,6 +1,7 @@
 #include "editor.h"
 #include "clipboard.h"
 #include "find_dialog.h"
+#include <commctrl.h>
 #include "shared.h"
 #include <algorithm>
 #include <new>
@@ -86,11 +87,13 @@ LRESULT Editor::Handle(UINT message, WPARAM w, LPARAM l) {
         PlaceCaret();
         ::ShowCaret(window_);
         ::InvalidateRect(window_, nullptr, FALSE);
+        Notify(static_cast<UINT>(NM_SETFOCUS));   // the dialog learns which field has the focus
         return 0;
     case WM_KILLFOCUS:
         ::DestroyCaret();
         chord_.reset();
         ::InvalidateRect(window_, nullptr, FALSE);
+        Notify(static_cast<UINT>(NM_KILLFOCUS));
         return 0;
     case WM_KEYDOWN:
     case WM_SYSKEYDOWN:

@@ -66,6 +66,7 @@ int EditScriptStep(const Options& options) {
     EditorSetup setup;
     setup.title = edited.title;
     setup.pageProgIds = PagesOf(*edited.entry);
+    if (options.scriptPage) setup.pageProgIds.push_back(kScriptPreviewProgId);
     setup.properties = edited.properties;
     setup.newStep = options.editStep == 0;
     setup.expander = std::make_shared<const Expander>(std::move(script.variables), options.variables);

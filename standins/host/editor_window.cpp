@@ -7,6 +7,8 @@
 #include "text_expander.h"
 #include "ActionUI.h"
 #include "frame/bstr.h"
+#include "frame/classes.h"
+#include "frame/registry.h"
 #include "frame/errors.h"
 #include "frame/handles.h"
 #include "frame/messages.h"
@@ -250,10 +252,14 @@ private:
         for (const std::wstring& progId : setup_.pageProgIds) {
             pages_.push_back(Page{progId});
             Page& page = pages_.back();
-            CLSID clsid;
-            Check(page, L"CLSIDFromProgID", ::CLSIDFromProgID(progId.c_str(), &clsid));
-            Check(page, L"CoCreateInstance",
-                  ::CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IActionPage, page.component.put_void()));
+            if (progId == kScriptPreviewProgId) {
+                CreatePreviewComponent(page);
+            } else {
+                CLSID clsid;
+                Check(page, L"CLSIDFromProgID", ::CLSIDFromProgID(progId.c_str(), &clsid));
+                Check(page, L"CoCreateInstance", ::CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IActionPage,
+                                                                    page.component.put_void()));
+            }
             Check(page, L"CreatePage",
                   page.component->CreatePage(site_.get(), expander_.get(), window_.get(), VARIANT_TRUE, &page.window));
             if (!page.window) Check(page, L"CreatePage", E_FAIL);
@@ -267,6 +273,27 @@ private:
             item.pszText = page.caption.data();
             TabCtrl_InsertItem(tab_, static_cast<int>(pages_.size() - 1), &item);
         }
+    }
+
+    // The script preview is a page class of the library that is not registered: its class object comes straight
+    // from the library that serves the action's first page.
+    void CreatePreviewComponent(Page& page) {
+        CLSID first;
+        Check(page, L"CLSIDFromProgID", ::CLSIDFromProgID(setup_.pageProgIds.front().c_str(), &first));
+        tol::unique_hkey key;
+        const std::wstring name = L"CLSID\\" + tol::GuidText(first) + L"\\InprocServer32";
+        std::wstring path;
+        if (::RegOpenKeyExW(HKEY_CLASSES_ROOT, name.c_str(), 0, KEY_READ, key.put()) != ERROR_SUCCESS ||
+            !tol::ReadStringValue(key.get(), nullptr, path))
+            Check(page, L"finding the page library", REGDB_E_CLASSNOTREG);
+        library_.reset(::LoadLibraryW(path.c_str()));
+        if (!library_) Check(page, L"LoadLibrary", HRESULT_FROM_WIN32(::GetLastError()));
+        using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+        const auto get = reinterpret_cast<GetClassObject>(::GetProcAddress(library_.get(), "DllGetClassObject"));
+        if (!get) Check(page, L"DllGetClassObject", HRESULT_FROM_WIN32(::GetLastError()));
+        tol::com_ptr<IClassFactory> factory;
+        Check(page, L"DllGetClassObject", get(tol::CLSID_ScriptPreviewUI, IID_IClassFactory, factory.put_void()));
+        Check(page, L"CreateInstance", factory->CreateInstance(nullptr, IID_IActionPage, page.component.put_void()));
     }
 
     // The window's first size shows the largest page at its template size; it never gets smaller.
@@ -399,6 +426,7 @@ private:
     const tol::com_ptr<PageSite> site_;
     const tol::com_ptr<ITextExpander> expander_;
     const tol::com_ptr<IBuildStep> step_;
+    tol::unique_module library_; // the library of the script preview page; released after the pages
     tol::unique_gdi_object font_;
     tol::unique_window window_;
     HWND tab_ = nullptr;

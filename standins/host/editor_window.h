@@ -13,6 +13,9 @@ constexpr wchar_t kEditorWindowClass[] = L"VelmoraStepEditor";
 // The editor's own controls; OK and Cancel are IDOK and IDCANCEL. The pages keep their templates' ids.
 enum : int { kEditorTabId = 0x7F00, kEditorBrowseId = 0x7F01 };
 
+// The step editor's extra tab that shows the step's "Text" in the script editor control (--script-page).
+constexpr wchar_t kScriptPreviewProgId[] = L"VelmoraExt.ScriptPreviewUI";
+
 enum class EditOutcome { Saved, Cancelled };
 
 struct EditorSetup {

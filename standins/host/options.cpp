@@ -54,6 +54,7 @@ void CheckCombination(const Options& options) {
     if (options.help) return;
     if (options.script.empty() && !options.list) throw UsageError(L"no script given");
     if (!options.screenshotPrefix.empty() && !options.edit) throw UsageError(L"--screenshot works only with --edit");
+    if (options.scriptPage && !options.edit) throw UsageError(L"--script-page works only with --edit");
     if (options.edit && options.list) throw UsageError(L"--list and --edit cannot be combined");
     if (options.edit && options.timeoutSeconds) throw UsageError(L"--timeout does not apply to --edit");
 }
@@ -74,6 +75,8 @@ Options ParseOptions(const std::vector<std::wstring>& args) {
             options.timeoutSeconds = ParseTimeout(ValueOf(args, i));
         } else if (arg == L"--edit") {
             ParseEdit(options, args, i);
+        } else if (arg == L"--script-page") {
+            options.scriptPage = true;
         } else if (arg == L"--screenshot") {
             options.screenshotPrefix = ValueOf(args, i);
             if (options.screenshotPrefix.empty()) throw UsageError(L"--screenshot needs a file name prefix");
@@ -91,7 +94,7 @@ Options ParseOptions(const std::vector<std::wstring>& args) {
 
 std::wstring UsageText() {
     return L"usage: velmora-run [options] SCRIPT.json\n"
-           L"       velmora-run --edit SCRIPT.json N|new ACTION [--screenshot PREFIX] [--var NAME=VALUE]\n"
+           L"       velmora-run --edit SCRIPT.json N|new ACTION [--script-page] [--screenshot PREFIX] [--var NAME=VALUE]\n"
            L"Runs the steps of a build script with the registered actions, or edits one step in the action's pages.\n"
            L"\n"
            L"  --var NAME=VALUE   a value for %NAME% references (the script's own variables come first)\n"
@@ -100,6 +103,7 @@ std::wstring UsageText() {
            L"  --edit SCRIPT N    opens step N (from 1) in the step editor; OK writes it back into the script\n"
            L"  --edit SCRIPT new ACTION\n"
            L"                     opens a new step of the action; OK appends it to the script\n"
+           L"  --script-page      with --edit: a further tab edits the step's \"Text\" in the script editor control\n"
            L"  --screenshot PREFIX\n"
            L"                     with --edit: writes PREFIX-PAGE.png of each page and closes without saving\n"
            L"  --help             shows this text\n"

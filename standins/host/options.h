@@ -19,6 +19,7 @@ struct Options {
     size_t editStep = 0;          // from 1; 0: a new step of newAction
     std::wstring newAction;
     std::wstring screenshotPrefix; // not empty: take a picture of each page and close without saving
+    bool scriptPage = false;       // --script-page: a further tab edits the step's "Text" in the script editor
 };
 
 class UsageError : public tol::truntime_error {

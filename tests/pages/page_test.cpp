@@ -1,6 +1,7 @@
 // The page engine driven through real dialogs and their messages, on the library's own pages.
 #include "page_host.h"
 #include "frame/bstr.h"
+#include "pages/editor_control.h"
 #include <gtest/gtest.h>
 #include <commctrl.h>
 
@@ -256,6 +257,35 @@ TEST(Clipboard, CtrlMCopiesTheExpandedTextAndTypesNothing) {
     if (data) ::GlobalUnlock(data);
     ::CloseClipboard();
     EXPECT_EQ(copied, L"Version 1.4");
+}
+
+TEST(EditorField, TheScriptEditorControlAsATextField) {
+    PageHost host(L"ScriptPreviewUI");
+    const HWND editor = host.Item(1027);
+    PageStep stored;
+    stored.SetText(L"Text", L"var a = 1;");
+    host.Load(&stored);
+    EXPECT_EQ(tol::GetEditorText(editor), L"var a = 1;");
+    EXPECT_EQ(host.site.changes, 0);   // loading is no change
+    ::SendMessageW(editor, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"var b = 2;"));
+    EXPECT_EQ(host.site.changes, 1);   // the control's change notification
+
+    ::SetFocus(editor);
+    PageHost::Pump();
+    ASSERT_FALSE(host.site.focused.empty());
+    EXPECT_EQ(host.site.focused.back(), 3);   // text, with a browse kind
+    tol::com_ptr<IActionField> field = host.page().ActiveField();
+    ASSERT_TRUE(field);
+    ::SendMessageW(editor, WM_KEYDOWN, VK_END, 0);
+    ASSERT_EQ(field->InsertText(tol::bstr(L" // %V%").get(), VARIANT_TRUE), S_OK);
+    tol::bstr text;
+    ASSERT_EQ(field->GetFieldText(text.receive()), S_OK);
+    EXPECT_EQ(text.str(), L"var b = 2; // %V%");
+
+    ASSERT_TRUE(host.Validate());
+    PageStep step;
+    host.page().Save(&step);
+    EXPECT_EQ(step.Text(L"Text"), L"var b = 2; // %V%");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "text.h"
 #include "frame/handles.h"
 #include "frame/messages.h"
+#include "standins/cmax/codemax.h"
 #include <commctrl.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -14,6 +15,8 @@
 namespace {
 
 using json = nlohmann::ordered_json;
+
+const wchar_t kEditorKey[] = L"Software\\Tolvane\\Velmora\\Editor";
 
 const char kScript[] = R"({
   "variables": {"DIR": "C:\\velmora-edit"},
@@ -391,6 +394,46 @@ TEST_F(StepEditor, PicturesOfEveryPage) {
         EXPECT_GT(colours.size(), 3u) << "a window, not a blank";
     }
     EXPECT_EQ(test::ReadFileBytes(script), kScript);
+}
+
+// The script preview tab: the step's "Text" in our editor control, saved on OK; the control's settings that the
+// user changes are stored for the user and come back in the next editor.
+TEST_F(StepEditor, ScriptPageEditsTextInTheEditorControlAndKeepsItsSettings) {
+    test::WriteFileBytes(script, R"({"steps": [{"action": "Write File",
+        "properties": {"Filename": "C:\\a.js", "Text": "var a = 1;"}}]})");
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, kEditorKey);
+    const auto sendTo = [](HWND control, UINT message, WPARAM w) {
+        DWORD_PTR result = 0;
+        ::SendMessageTimeoutW(control, message, w, 0, SMTO_NORMAL, 10000, &result);
+        return result;
+    };
+    {
+        const EditorProcess editor(L"--edit " + quoted + L" 1 --script-page", folder.path());
+        ASSERT_TRUE(editor.window()) << editor.Errors();
+        const HWND control = editor.Control(L"Script", 1027);
+        ASSERT_TRUE(control);
+        wchar_t text[64] = L"";   // another process's control: its text comes by message, not from its title
+        DWORD_PTR copied = 0;
+        ::SendMessageTimeoutW(control, WM_GETTEXT, 64, reinterpret_cast<LPARAM>(text), SMTO_NORMAL, 10000, &copied);
+        EXPECT_STREQ(text, L"var a = 1;");
+        editor.SetText(L"Script", 1027, L"function b() { return 2; } // two");
+        sendTo(control, CMM_SETTABSIZE, 2);
+        sendTo(control, CMM_PROPSCHANGED, 0);   // as when the user changes a setting
+        ASSERT_EQ(editor.Press(IDOK), 0u) << editor.Errors();
+    }
+    EXPECT_EQ(Written()["steps"][0]["properties"]["Text"], "function b() { return 2; } // two");
+    DWORD tabSize = 0, size = sizeof tabSize;
+    EXPECT_EQ(::RegGetValueW(HKEY_CURRENT_USER, kEditorKey, L"TabSize", RRF_RT_REG_DWORD, nullptr, &tabSize, &size),
+              ERROR_SUCCESS);
+    EXPECT_EQ(tabSize, 2u);
+    {
+        const EditorProcess editor(L"--edit " + quoted + L" 1 --script-page", folder.path());
+        const HWND control = editor.Control(L"Script", 1027);
+        ASSERT_TRUE(control) << editor.Errors();
+        EXPECT_EQ(sendTo(control, CMM_GETTABSIZE, 0), 2u);
+        EXPECT_EQ(editor.Press(IDCANCEL), 2u);
+    }
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, kEditorKey);
 }
 
 } // namespace
