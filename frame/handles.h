@@ -2,6 +2,7 @@
 #pragma once
 #include <windows.h>
 #include <winsvc.h>
+#include <objbase.h>
 #include <utility>
 
 namespace tol {
@@ -89,6 +90,16 @@ struct gdi_object_traits {
     static type invalid() noexcept { return nullptr; }
     static void close(type h) noexcept { ::DeleteObject(h); }
 };
+struct memory_dc_traits {
+    using type = HDC;
+    static type invalid() noexcept { return nullptr; }
+    static void close(type h) noexcept { ::DeleteDC(h); }
+};
+struct co_task_memory_traits {
+    using type = void*;
+    static type invalid() noexcept { return nullptr; }
+    static void close(type h) noexcept { ::CoTaskMemFree(h); }
+};
 struct window_traits {
     using type = HWND;
     static type invalid() noexcept { return nullptr; }
@@ -107,5 +118,7 @@ using unique_hlocal = unique_handle<local_memory_traits>;
 using unique_hglobal = unique_handle<global_memory_traits>;
 using unique_gdi_object = unique_handle<gdi_object_traits>; // fonts, brushes, bitmaps
 using unique_window = unique_handle<window_traits>;
+using unique_memory_dc = unique_handle<memory_dc_traits>;            // CreateCompatibleDC
+using unique_co_task_memory = unique_handle<co_task_memory_traits>; // e.g. item lists of the shell
 
 } // namespace tol

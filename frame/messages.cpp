@@ -1,5 +1,6 @@
 #include "messages.h"
 #include "errors.h"
+#include "com_ptr.h"
 #include "handles.h"
 
 extern "C" IMAGE_DOS_HEADER __ImageBase;
@@ -98,6 +99,14 @@ std::vector<std::wstring> SplitTokens(std::wstring_view text, std::wstring_view 
         start = stop + 1;
     }
     return tokens;
+}
+
+void ThrowLibraryLoadFailure(const wchar_t* file) {
+    const HRESULT hr = HResultFromLastError();
+    SetErrorDescription(FormatMessageText(L"%1: %2", {file, SystemErrorText(hr)}));
+    com_ptr<IErrorInfo> info;
+    if (::GetErrorInfo(0, info.put()) != S_OK) info.reset();
+    throw comet::com_error(hr, std::move(info));
 }
 
 } // namespace tol

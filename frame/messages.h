@@ -38,6 +38,10 @@ std::wstring SystemErrorText(HRESULT code);
 [[nodiscard]] HRESULT HResultFromLastError() noexcept;
 std::wstring ExceptionMessage(const std::exception& e);
 
+// A library or one of its functions that could not be loaded: the last error as comet::com_error, with the
+// description "FILE: system text".
+[[noreturn]] void ThrowLibraryLoadFailure(const wchar_t* file);
+
 // The non-empty runs of text between any of the delimiter characters, in order; nothing is trimmed.
 std::vector<std::wstring> SplitTokens(std::wstring_view text, std::wstring_view delimiters);
 

@@ -14,14 +14,6 @@ namespace {
 
 // ---- The control library -------------------------------------------------------------------------------------
 
-[[noreturn]] void ThrowLoadFailure(const wchar_t* file) {
-    const HRESULT hr = HResultFromLastError();
-    SetErrorDescription(FormatMessageText(L"%1: %2", {file, SystemErrorText(hr)}));
-    com_ptr<IErrorInfo> info;
-    if (::GetErrorInfo(0, info.put()) != S_OK) info.reset();
-    throw comet::com_error(hr, std::move(info));
-}
-
 std::wstring LibraryFolder() {
     std::wstring name(260, L'\0');
     for (;;) {
@@ -39,13 +31,13 @@ public:
     ControlLibrary() {
         module_.reset(::LoadLibraryW(CombinePath(LibraryFolder(), CODEMAX_LIBRARY).c_str()));
         if (!module_) module_.reset(::LoadLibraryW(CODEMAX_LIBRARY));
-        if (!module_) ThrowLoadFailure(CODEMAX_LIBRARY);
+        if (!module_) ThrowLibraryLoadFailure(CODEMAX_LIBRARY);
     }
 
     template <class Function>
     Function Get(int ordinal) const {
         const FARPROC function = ::GetProcAddress(module_.get(), MAKEINTRESOURCEA(ordinal));
-        if (!function) ThrowLoadFailure(CODEMAX_LIBRARY);
+        if (!function) ThrowLibraryLoadFailure(CODEMAX_LIBRARY);
         return reinterpret_cast<Function>(function);
     }
 

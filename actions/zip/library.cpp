@@ -6,14 +6,6 @@
 namespace tol {
 namespace {
 
-[[noreturn]] void ThrowLoadFailure(const wchar_t* file) {
-    const HRESULT hr = HResultFromLastError();
-    SetErrorDescription(FormatMessageText(L"%1: %2", {file, SystemErrorText(hr)}));
-    com_ptr<IErrorInfo> info;
-    if (::GetErrorInfo(0, info.put()) != S_OK) info.reset();
-    throw comet::com_error(hr, std::move(info));
-}
-
 } // namespace
 
 ArchiveEntry ArchiveLibrary::Entry() {
@@ -29,12 +21,12 @@ ArchiveEntry ArchiveLibrary::Entry() {
 // load at once only pin it twice.
 ArchiveEntry ArchiveLibrary::Load() const {
     const unique_module library(::LoadLibraryW(file_));
-    if (!library) ThrowLoadFailure(file_);
+    if (!library) ThrowLibraryLoadFailure(file_);
     const FARPROC entry = ::GetProcAddress(library.get(), entry_);
-    if (!entry) ThrowLoadFailure(file_);
+    if (!entry) ThrowLibraryLoadFailure(file_);
     HMODULE pinned = nullptr;
     const DWORD flags = GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS;
-    if (!::GetModuleHandleExW(flags, reinterpret_cast<LPCWSTR>(entry), &pinned)) ThrowLoadFailure(file_);
+    if (!::GetModuleHandleExW(flags, reinterpret_cast<LPCWSTR>(entry), &pinned)) ThrowLibraryLoadFailure(file_);
     return reinterpret_cast<ArchiveEntry>(entry);
 }
 

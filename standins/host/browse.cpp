@@ -6,13 +6,6 @@
 namespace host {
 namespace {
 
-struct co_task_memory_traits {
-    using type = PIDLIST_ABSOLUTE;
-    static type invalid() noexcept { return nullptr; }
-    static void close(type h) noexcept { ::CoTaskMemFree(h); }
-};
-using unique_item_list = tol::unique_handle<co_task_memory_traits>;
-
 constexpr DWORD kLongestPath = 32768;
 
 } // namespace
@@ -48,10 +41,10 @@ std::optional<std::wstring> BrowseForFolder(HWND owner) {
     BROWSEINFOW browse{};
     browse.hwndOwner = owner;
     browse.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
-    const unique_item_list chosen(::SHBrowseForFolderW(&browse));
+    const tol::unique_co_task_memory chosen(::SHBrowseForFolderW(&browse));
     if (!chosen) return std::nullopt;
     std::wstring path(kLongestPath, L'\0');
-    if (!::SHGetPathFromIDListEx(chosen.get(), path.data(), kLongestPath, GPFIDL_DEFAULT)) return std::nullopt;
+    if (!::SHGetPathFromIDListEx(static_cast<PCIDLIST_ABSOLUTE>(chosen.get()), path.data(), kLongestPath, GPFIDL_DEFAULT)) return std::nullopt;
     path.resize(path.find(L'\0'));
     return path;
 }

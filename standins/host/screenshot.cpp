@@ -8,13 +8,6 @@
 namespace host {
 namespace {
 
-struct memory_dc_traits {
-    using type = HDC;
-    static type invalid() noexcept { return nullptr; }
-    static void close(type h) noexcept { ::DeleteDC(h); }
-};
-using unique_memory_dc = tol::unique_handle<memory_dc_traits>;
-
 // The DC of a whole window, released to that window.
 class WindowDc {
 public:
@@ -52,7 +45,7 @@ private:
 std::vector<std::uint8_t> CopyPixels(HWND window, LONG width, LONG height) {
     const WindowDc screen(window);
     if (!screen.get()) Fail(L"GetWindowDC");
-    const unique_memory_dc memory(::CreateCompatibleDC(screen.get()));
+    const tol::unique_memory_dc memory(::CreateCompatibleDC(screen.get()));
     if (!memory) Fail(L"CreateCompatibleDC");
     BITMAPINFO info{};
     info.bmiHeader.biSize = sizeof info.bmiHeader;
