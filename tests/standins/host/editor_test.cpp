@@ -436,4 +436,47 @@ TEST_F(StepEditor, ScriptPageEditsTextInTheEditorControlAndKeepsItsSettings) {
     ::RegDeleteTreeW(HKEY_CURRENT_USER, kEditorKey);
 }
 
+// Every page of every action: the sample script's steps open, one field of each page is changed, and OK writes that
+// change while every other property of the step comes back as it was.
+TEST_F(StepEditor, EveryPageOfEveryActionEditsItsStep) {
+    struct Edit {
+        const wchar_t* page;   // the template's caption
+        int id;
+        const char* property;
+        const wchar_t* text;
+    };
+    const std::vector<std::vector<Edit>> edits = {
+        {{L"File", 1092, "Encoding", L"1200"}},
+        {{L"INI File", 1064, "Section", L"Edited"}},
+        {{L"Registry", 1008, "ValueName", L"Edited"}},
+        {{L"Copy", 1047, "SourceDir", L"C:\\edited"}, {L"Options", 1010, "Retries", L"3"}},
+        {{L"Replace", 1092, "Encoding", L"1252"}},
+        {{L"Wait", 1032, "Criteria", L"00:00:02"}},
+        {{L"Service", 1035, "Service", L"Edited Service"}},
+        {{L"Global Assembly Cache", 1009, "AssemblyFolder", L"Edited"}},
+        {{L"Application", 1028, "ShutdownAfter", L"7"}, {L"Properties", 1026, "Values", L"Edited"}},
+        {{L"Component", 1062, "ComponentTransactionTimeout", L"30"}, {L"Properties", 1016, "Props", L"Edited"}},
+        {{L"ZIP", 1047, "Source", L"C:\\edited"}, {L"Options", 1013, "Comment", L"Edited"}},
+        {{L"UNZIP", 1009, "Dest", L"C:\\edited"}},
+    };
+    const std::string sample = test::ReadFileBytes(L"Z:" + tol::Widen(VELMORA_SOURCE_DIR "/examples/pages.json", CP_UTF8));
+    ASSERT_EQ(json::parse(sample)["steps"].size(), edits.size());
+    for (size_t step = 0; step < edits.size(); ++step) {
+        test::WriteFileBytes(script, sample);
+        {
+            const EditorProcess editor(L"--edit " + quoted + L" " + std::to_wstring(step + 1), folder.path());
+            ASSERT_TRUE(editor.window()) << editor.Errors();
+            for (const Edit& edit : edits[step]) editor.SetText(edit.page, edit.id, edit.text);
+            ASSERT_EQ(editor.Press(IDOK), 0u) << editor.Errors();
+        }
+        json expected = json::parse(sample)["steps"][step]["properties"];
+        for (const Edit& edit : edits[step]) {
+            const std::string text = host::Utf8(edit.text);
+            json& value = expected[edit.property];
+            if (value.is_array()) value[0] = text; else value = text;   // the first row of a list of properties
+        }
+        EXPECT_EQ(Written()["steps"][step]["properties"].dump(), expected.dump()) << "step " << step + 1;
+    }
+}
+
 } // namespace
