@@ -1,6 +1,7 @@
 // The archive format code on its own, in memory: what the writer makes reads back the same, ZIP64 records where
 // offsets and sizes need them, damaged archives give their status, and the two text checks (entry names and
 // argument lists) decide as they should.
+#include "library_calls.h"
 #include "format/central_directory.h"
 #include "format/command_line.h"
 #include "format/entry_data.h"
@@ -8,26 +9,13 @@
 #include "format/records.h"
 #include "format/writer.h"
 #include <gtest/gtest.h>
-#include <cstring>
 #include <functional>
 
 using namespace zipformat;
+using ziptest::Compressible;
+using ziptest::Put32At;
 
 namespace {
-
-struct StringSink final : DataSink {
-    std::string bytes;
-    bool Write(const void* data, std::size_t count) noexcept override {
-        bytes.append(static_cast<const char*>(data), count);
-        return true;
-    }
-};
-
-std::string Compressible(std::size_t size) {
-    std::string text;
-    for (int line = 0; text.size() < size; ++line) text += "line " + std::to_string(line % 97) + " of the build log\r\n";
-    return text.substr(0, size);
-}
 
 NewEntry Named(const std::string& name, std::uint64_t expected = 0) {
     NewEntry entry;
@@ -36,13 +24,6 @@ NewEntry Named(const std::string& name, std::uint64_t expected = 0) {
     entry.modified = 1700000000;
     entry.expectedSize = expected;
     return entry;
-}
-
-std::string Extracted(ByteSource& source, const Archive& archive, const Entry& entry) {
-    EntryExtractor extractor;
-    StringSink sink;
-    const Status status = extractor.Extract(source, archive, entry, sink, nullptr);
-    return status == Status::Ok ? sink.bytes : "<status " + std::to_string(static_cast<int>(status)) + ">";
 }
 
 } // namespace
@@ -96,10 +77,12 @@ TEST(ArchiveFormat, OffsetsAndSizesBeyondFourGibibytesUseZip64) {
     EXPECT_TRUE(archive.zip64);
     ASSERT_EQ(archive.entries.size(), 2u);
     EXPECT_EQ(archive.entries[0].localOffset, FarSink::kBase);
-    EXPECT_EQ(Extracted(source, archive, archive.entries[0]), "far away");
-    EXPECT_EQ(archive.entries[1].size, big.size);
-    EXPECT_EQ(archive.entries[1].compressedSize, big.size);
-    EXPECT_EQ(archive.entries[1].versionNeeded, kVersionZip64);
+    EntryExtractor extractor;
+    MemorySink far;
+    ASSERT_EQ(extractor.Extract(source, archive, archive.entries[0], far, nullptr), Status::Ok);
+    EXPECT_EQ(far.bytes, "far away");
+    EXPECT_EQ(std::tuple(archive.entries[1].size, archive.entries[1].compressedSize, archive.entries[1].versionNeeded),
+              std::tuple(big.size, big.size, kVersionZip64)) << "size, compressed size, version needed";
     EXPECT_EQ(archive.entries[1].extra, "") << "the ZIP64 field is not kept as an ordinary one";
 
     FarSink refused;
@@ -115,11 +98,6 @@ std::size_t Nth(const std::string& bytes, const char* signature, int n) {
     std::size_t at = std::string::npos;
     for (int i = 0; i < n; ++i) at = bytes.find(signature, at + 1);
     return at;
-}
-
-std::string Put32At(std::string bytes, std::size_t at, std::uint32_t value) {
-    for (int i = 0; i < 4; ++i) bytes[at + i] = static_cast<char>(value >> (8 * i));
-    return bytes;
 }
 
 // Damage to each part of a small archive of two entries ("one.txt" stored, "two.txt" deflated).
@@ -161,7 +139,7 @@ TEST(ArchiveFormat, DamagedArchivesGiveTheirStatus) {
         if (row.read != Status::Ok) continue;
         ASSERT_EQ(archive.entries.size(), 2u) << row.name;
         EntryExtractor extractor;
-        StringSink out;
+        MemorySink out;
         EXPECT_EQ(extractor.Extract(source, archive, archive.entries[1], out, nullptr), row.second) << row.name;
         EXPECT_LE(out.bytes.size(), text.size()) << row.name << ": never more than the entry's size";
         if (row.second == Status::Ok) {

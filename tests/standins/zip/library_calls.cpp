@@ -2,6 +2,7 @@
 #include "common/file_source.h"
 #include "format/central_directory.h"
 #include "format/entry_data.h"
+#include "format/io.h"
 #include "frame/handles.h"
 #include <windows.h>
 #include <stdexcept>
@@ -35,14 +36,6 @@ long Call(const wchar_t* library, const char* entry, Block& block) {
     if (!function) throw std::runtime_error("the library cannot be loaded");
     return reinterpret_cast<long(__stdcall*)(Block*)>(function)(&block);
 }
-
-struct StringSink final : zipformat::DataSink {
-    std::string bytes;
-    bool Write(const void* data, std::size_t count) noexcept override {
-        bytes.append(static_cast<const char*>(data), count);
-        return true;
-    }
-};
 
 } // namespace
 
@@ -107,6 +100,24 @@ std::string Narrow(const std::wstring& text) {
     return narrow;
 }
 
+std::string Compressible(std::size_t size) {
+    std::string text;
+    for (int line = 0; text.size() < size; ++line) text += "built module " + std::to_string(line % 31) + "\r\n";
+    return text.substr(0, size);
+}
+
+std::string Put32At(std::string bytes, std::size_t at, std::uint32_t value) {
+    for (int i = 0; i < 4; ++i) bytes[at + i] = static_cast<char>(value >> (8 * i));
+    return bytes;
+}
+
+void SetModified(const std::wstring& path, std::int64_t unixSeconds) {
+    const std::uint64_t ticks = static_cast<std::uint64_t>(unixSeconds + 11644473600LL) * 10000000u;
+    const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    const tol::unique_file file(::CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!file || !::SetFileTime(file.get(), nullptr, nullptr, &time)) throw std::runtime_error("cannot set a file's time");
+}
+
 std::vector<std::string> Listing::Names() const {
     std::vector<std::string> names;
     for (const Listed& e : entries) names.push_back(e.name);
@@ -128,12 +139,11 @@ Listing ReadBack(const std::wstring& zipFile) {
     listing.comment = archive.comment;
     zipformat::EntryExtractor extractor;
     for (const zipformat::Entry& e : archive.entries) {
-        StringSink sink;
+        zipformat::MemorySink sink;
         const zipformat::Status status = extractor.Extract(source, archive, e, sink, nullptr);
         const std::string failure = "<error " + std::to_string(static_cast<int>(status)) + ">";
         const std::string data = status == zipformat::Status::Ok ? sink.bytes : failure;
-        listing.entries.push_back({e.name, e.method, e.size, e.compressedSize, e.IsFolder(), e.utf8, e.externalAttributes,
-                                   e.modified, data});
+        listing.entries.push_back({e.name, e.method, e.compressedSize, e.IsFolder(), data});
     }
     return listing;
 }

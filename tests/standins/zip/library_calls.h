@@ -52,13 +52,16 @@ long CallUnzip(const UnzipRequest& request, Callbacks& callbacks);
 std::string Quoted(const std::string& text);
 std::string Narrow(const std::wstring& text);  // ANSI
 
+// Text that deflates well; bytes with a little-endian value written over four of them; a file's last-write time.
+std::string Compressible(std::size_t size);
+std::string Put32At(std::string bytes, std::size_t at, std::uint32_t value);
+void SetModified(const std::wstring& path, std::int64_t unixSeconds);
+
 struct Listed {
     std::string name;
     std::uint16_t method = 0;
-    std::uint64_t size = 0, compressedSize = 0;
-    bool folder = false, utf8 = false;
-    std::uint32_t attributes = 0;
-    std::optional<std::int64_t> modified;
+    std::uint64_t compressedSize = 0;
+    bool folder = false;
     std::string data;    // extracted; "<error N>" when extraction fails with status N
 };
 
