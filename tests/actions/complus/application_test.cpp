@@ -10,13 +10,40 @@ namespace {
 using Seed = std::vector<std::pair<std::wstring, Properties>>;
 using Expected = std::vector<std::pair<const wchar_t*, std::wstring>>; // property, its saved value
 
+// A build whose stop event is signalled while it logs its nth line.
+class StoppingBuild final : public test::StackObject<IBuildRun> {
+public:
+    explicit StoppingBuild(size_t nth) : nth_(nth) {}
+    Lines log;
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
+        *object = iid == IID_IUnknown || iid == IID_IBuildRun ? static_cast<IBuildRun*>(this) : nullptr;
+        return *object ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP GetTextExpander(ITextExpander**) override { return E_NOTIMPL; }
+    STDMETHODIMP RunCommandLine(BSTR, BSTR, VARIANT*, long, BSTR, long, long, VARIANT_BOOL, BSTR, long*) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP LogMessage(BSTR text, VARIANT_BOOL) override {
+        log.emplace_back(text ? text : L"");
+        if (log.size() == nth_) ::SetEvent(stop_.get());
+        return S_OK;
+    }
+    STDMETHODIMP GetStopEvent(long* event) override {
+        *event = ::HandleToLong(stop_.get());
+        return S_OK;
+    }
+
+private:
+    size_t nth_;
+    tol::unique_event stop_{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+};
+
 class ApplicationTest : public ComPlusTest {
 protected:
     // Seeds the catalog afresh, then runs the operation on the application.
-    Outcome Run(IBuildRun* build, const Seed& seed, const std::wstring& application, long op) {
-        ClearStore();
+    Outcome Run(IBuildRun* build, const Seed& seed, const std::wstring& application, long op, const wchar_t* computer = L"") {
         SeedApplications(seed);
-        step.SetText(L"Computer", L"");
+        step.SetText(L"Computer", computer);
         step.SetText(L"Application", application);
         SetLong(step, L"Op", op);
         return Execute(CLSID_COMPlusAppAction, build, step);
@@ -24,22 +51,19 @@ protected:
     test::TestStep step;
 };
 
-struct ModifyCase {
-    const char* name;
-    Seed seed;
-    std::wstring application;
-    long activation;
-    std::wstring identity, password;
-    HRESULT hr;
-    Expected saved; // of "Billing"
-};
-
 TEST_F(ApplicationTest, CreateAndModifyApplyTheIdentityRules) {
     const Seed account = {{L"Billing", {{L"Identity", std::wstring(L"ci\\builder")}, {L"Password", std::wstring(L"old")}}}};
     // The stand-in refuses a server application's account without its password: that it accepts one shows the
     // password was written.
-    // clang-format off
-    const ModifyCase cases[] = {
+    const struct {
+        const char* name;
+        Seed seed;
+        std::wstring application;
+        long activation;
+        std::wstring identity, password;
+        HRESULT hr;
+        Expected saved; // of "Billing"
+    } cases[] = {
         {"new server application", {}, L"Billing", 1, L"Interactive User", L"", S_OK,
          {{L"Activation", L"long 1"}, {L"Identity", L"text Interactive User"}, {L"RunForever", L"bool true"},
           {L"ShutdownAfter", L"long 10"}}},
@@ -55,8 +79,7 @@ TEST_F(ApplicationTest, CreateAndModifyApplyTheIdentityRules) {
         {"an account without its password is refused and nothing is saved", {}, L"Billing", 1, L"ci\\builder", L"",
          COMADMIN_E_OBJECTERRORS, {{L"Name", L"<none>"}}},
     };
-    // clang-format on
-    for (const ModifyCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         test::TestBuild build;
         SetLong(step, L"Activation", c.activation);
@@ -78,17 +101,14 @@ TEST_F(ApplicationTest, CreateAndModifyApplyTheIdentityRules) {
     }
 }
 
-struct TypingCase {
-    std::initializer_list<const wchar_t*> props, values;
-    HRESULT hr;
-    Expected saved; // of the library application "Typed"
-};
-
 // A text property shows the type the action chose: the catalog turns a boolean into "True" and an integer into
 // its digits. A boolean or integer property refuses a text that is not one.
 TEST_F(ApplicationTest, AdditionalValuesAreTypedByTheirText) {
-    // clang-format off
-    const TypingCase cases[] = {
+    const struct {
+        std::initializer_list<const wchar_t*> props, values;
+        HRESULT hr;
+        Expected saved; // of the library application "Typed"
+    } cases[] = {
         {{L"Description"}, {L"S|0042"}, S_OK, {{L"Description", L"text 0042"}}},
         {{L"Description"}, {L"I|0042"}, S_OK, {{L"Description", L"text 42"}}},
         {{L"Description"}, {L"B|1"}, S_OK, {{L"Description", L"text True"}}},
@@ -103,8 +123,7 @@ TEST_F(ApplicationTest, AdditionalValuesAreTypedByTheirText) {
          {{L"Description", L"text kept"}, {L"AccessChecksLevel", L"long 1"}}},
         {{L"Description"}, {L"1-2"}, DISP_E_TYPEMISMATCH, {{L"Description", L"<none>"}}},
     };
-    // clang-format on
-    for (const TypingCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(*c.values.begin()));
         test::TestBuild build;
         SetLong(step, L"Activation", 0);
@@ -116,82 +135,61 @@ TEST_F(ApplicationTest, AdditionalValuesAreTypedByTheirText) {
     }
 }
 
-struct DeleteCase {
-    std::wstring application;
-    HRESULT hr;
-    Lines log, remaining;
-};
-
-TEST_F(ApplicationTest, DeleteRemovesOnlyDeletableApplicationsThatMatch) {
-    const Properties kept = {{L"Deleteable", false}};
-    const Seed seed = {{L"A", {}}, {L"B", {}}, {L"Kept1", kept}, {L"C", {}}, {L"Kept2", kept}};
-    const Lines all = {L"A", L"B", L"Kept1", L"C", L"Kept2"};
-    // clang-format off
-    const DeleteCase cases[] = {
-        {L"*", S_OK, {L"Deleting application 'A'...", L"Deleting application 'B'...", L"Deleting application 'C'...",
-                      L"3 application(s) deleted"}, {L"Kept1", L"Kept2"}},
-        {L"b", S_OK, {L"Deleting application 'b'..."}, {L"A", L"Kept1", L"C", L"Kept2"}},
-        {L"Ghost", S_OK, {L"Deleting application 'Ghost'..."}, all},
-        {L"Kept1", COMADMIN_E_OBJECTERRORS, {L"Deleting application 'Kept1'..."}, all},
-    };
-    // clang-format on
-    for (const DeleteCase& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.application));
-        test::TestBuild build;
-        EXPECT_EQ(Run(&build, seed, c.application, 1).hr, c.hr);
-        EXPECT_EQ(build.log, c.log);
-        EXPECT_EQ(SavedApplications(), c.remaining);
-    }
+// "<verb> application '<name>'..." for each name, then the summary line when there is one.
+Lines Logged(const wchar_t* verb, Lines names, const wchar_t* summary = nullptr) {
+    for (std::wstring& name : names) name = verb + (L" application '" + name + L"'...");
+    if (summary) names.push_back(summary);
+    return names;
 }
 
-struct ControlCase {
-    long op;
-    std::wstring application;
-    Lines log;
-    std::vector<long> counts; // per seeded application: Lib1, Srv1, Lib2, Srv2
-};
-
-TEST_F(ApplicationTest, ShutdownAndStartReachOnlyServerApplications) {
-    const Seed seed = {{L"Lib1", {{L"Activation", 0L}}}, {L"Srv1", {}}, {L"Lib2", {{L"Activation", 0L}}}, {L"Srv2", {}}};
-    // clang-format off
-    const ControlCase cases[] = {
-        {2, L"*", {L"Shutting down application 'Srv1'...", L"Shutting down application 'Srv2'...",
-                         L"2 application(s) shutdown"}, {-1, 1, -1, 1}},
-        {3, L"*", {L"Starting application 'Srv1'...", L"Starting application 'Srv2'...", L"2 application(s) started"},
-         {-1, 1, -1, 1}},
-        {2, L"SRV2", {L"Shutting down application 'SRV2'..."}, {-1, -1, -1, 1}},
+// Each row: the log, the applications left, and per seeded application its shutdowns (its starts for op 3).
+TEST_F(ApplicationTest, DeleteShutdownAndStartReachOnlyTheApplicationsMeant) {
+    const Seed seed = {{L"Lib", {{L"Activation", 0L}}}, {L"Srv1", {}}, {L"Kept", {{L"Deleteable", false}}}, {L"Srv2", {}}};
+    const Lines all = {L"Lib", L"Srv1", L"Kept", L"Srv2"};
+    const std::vector<long> none = {-1, -1, -1, -1};
+    const struct {
+        long op; // 1 delete, 2 shut down, 3 start
+        std::wstring application;
+        HRESULT hr;
+        Lines log, remaining;
+        std::vector<long> counts;
+    } cases[] = {
+        {1, L"*", S_OK, Logged(L"Deleting", {L"Lib", L"Srv1", L"Srv2"}, L"3 application(s) deleted"), {L"Kept"}, none},
+        {1, L"srv1", S_OK, Logged(L"Deleting", {L"srv1"}), {L"Lib", L"Kept", L"Srv2"}, none},
+        {1, L"Ghost", S_OK, Logged(L"Deleting", {L"Ghost"}), all, none},
+        {1, L"Kept", COMADMIN_E_OBJECTERRORS, Logged(L"Deleting", {L"Kept"}), all, none},
+        {2, L"*", S_OK, Logged(L"Shutting down", {L"Srv1", L"Kept", L"Srv2"}, L"3 application(s) shutdown"), all, {-1, 1, 1, 1}},
+        {3, L"*", S_OK, Logged(L"Starting", {L"Srv1", L"Kept", L"Srv2"}, L"3 application(s) started"), all, {-1, 1, 1, 1}},
+        {2, L"SRV2", S_OK, Logged(L"Shutting down", {L"SRV2"}), all, {-1, -1, -1, 1}},
     };
-    // clang-format on
-    const Lines seeded = {L"Lib1", L"Srv1", L"Lib2", L"Srv2"};
-    for (const ControlCase& c : cases) {
-        SCOPED_TRACE(testing::PrintToString(c.application));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.log[0]));
         test::TestBuild build;
-        EXPECT_EQ(Run(&build, seed, c.application, c.op).hr, S_OK);
+        EXPECT_EQ(Run(&build, seed, c.application, c.op).hr, c.hr);
         EXPECT_EQ(build.log, c.log);
-        const wchar_t* counter = c.op == 2 ? L"Shutdowns" : L"Starts";
-        for (size_t i = 0; i < seeded.size(); ++i) EXPECT_EQ(ServerState(seeded[i], counter), c.counts[i]) << i;
+        EXPECT_EQ(SavedApplications(), c.remaining);
+        for (size_t i = 0; i < all.size(); ++i)
+            EXPECT_EQ(ServerState(all[i], c.op == 3 ? L"Starts" : L"Shutdowns"), c.counts[i]) << testing::PrintToString(all[i]);
     }
 }
 
 TEST_F(ApplicationTest, StopDuringEveryApplicationSavesTheRemovalsSoFar) {
-    StoppingBuild build(L"Deleting application", 2);
+    StoppingBuild build(2); // while deleting B
     const Outcome outcome = Run(&build, {{L"A", {}}, {L"B", {}}, {L"C", {}}}, L"*", 1);
     EXPECT_EQ(outcome.hr, S_OK);
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(build.log, (Lines{L"Deleting application 'A'...", L"Deleting application 'B'...", L"2 application(s) deleted"}));
+    EXPECT_EQ(build.log, Logged(L"Deleting", {L"A", L"B"}, L"2 application(s) deleted"));
     EXPECT_EQ(SavedApplications(), Lines{L"C"});
 }
 
 TEST_F(ApplicationTest, AnotherComputerIsRefusedBeforeAnythingChanges) {
     test::TestBuild build;
-    step.SetText(L"Computer", L"FARAWAY");
-    step.SetText(L"Application", L"*");
-    SetLong(step, L"Op", 1);
-    const Outcome outcome = Execute(CLSID_COMPlusAppAction, &build, step);
+    const Outcome outcome = Run(&build, {{L"A", {}}}, L"*", 1, L"FARAWAY");
     EXPECT_EQ(outcome.hr, HRESULT_FROM_WIN32(ERROR_BAD_NETPATH));
     EXPECT_EQ(outcome.status, kGarbage);
     EXPECT_EQ(outcome.error, tol::SystemErrorText(HRESULT_FROM_WIN32(ERROR_BAD_NETPATH)));
     EXPECT_TRUE(build.log.empty());
+    EXPECT_EQ(SavedApplications(), Lines{L"A"});
 }
 
 } // namespace

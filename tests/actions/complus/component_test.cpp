@@ -16,7 +16,6 @@ protected:
     // "Tools" (a server application with an account, with the DLL's classes when asked) and "Other" (a library
     // application); then the operation with settings that change nothing unless the test set them before.
     Outcome Run(bool installed, const std::wstring& application, const std::wstring& component, long op) {
-        ClearStore();
         SeedApplications({{L"Tools", {{L"Identity", std::wstring(L"ci\\builder")}, {L"Password", std::wstring(L"s3cret")}}},
                           {L"Other", {{L"Activation", 0L}}}});
         if (installed) SeedComponents(L"Tools", ExtensionDll());
@@ -24,10 +23,7 @@ protected:
         step.SetText(L"Application", application);
         step.SetText(L"Component", component);
         SetLong(step, L"Op", op);
-        VARIANT jit{};
-        V_VT(&jit) = VT_BOOL;
-        V_BOOL(&jit) = VARIANT_TRUE;
-        step.Set(L"JustInTimeActivation", jit);
+        step.Set(L"JustInTimeActivation", tol::BoolVariant(true).release());
         return Execute(CLSID_COMPlusCompAction, &build, step);
     }
     void Settings(long transaction, const std::wstring& timeout) {
@@ -42,7 +38,7 @@ protected:
 // With a type library the whole Component text is the pattern of the settings, and it matches no component.
 TEST_F(ComponentTest, AddInstallsEveryClassAndAppliesTheSettingsToTheMatches) {
     const std::wstring installing = L"Installing component '" + ExtensionDll() + L"'...";
-    const std::wstring tlb = BinFolder() + L"\\..\\idl\\VelmoraExt.tlb";
+    const std::wstring tlb = test::BinFolder() + L"\\..\\idl\\VelmoraExt.tlb";
     const std::pair<std::wstring, const wchar_t*> cases[] = {{ExtensionDll(), L"long 3"},
                                                              {ExtensionDll() + L";;" + tlb, L"long 1"}};
     for (const auto& [component, transaction] : cases) {
@@ -59,11 +55,11 @@ TEST_F(ComponentTest, AddInstallsEveryClassAndAppliesTheSettingsToTheMatches) {
         EXPECT_EQ(build.log[0], installing);
         if (settings) {
             EXPECT_EQ(build.log[1], L"Setting properties on component '" + installed[0] + L"'...");
-            EXPECT_EQ(SavedComponentValue(L"Tools", kReg, L"Synchronization"), L"long 1");
-            EXPECT_EQ(SavedComponentValue(L"Tools", kReg, L"ComponentTransactionTimeout"), L"long 90");
-            EXPECT_EQ(SavedComponentValue(L"Tools", kReg, L"JustInTimeActivation"), L"bool true");
+            EXPECT_EQ(SavedValue(L"Tools", L"Synchronization", kReg), L"long 1");
+            EXPECT_EQ(SavedValue(L"Tools", L"ComponentTransactionTimeout", kReg), L"long 90");
+            EXPECT_EQ(SavedValue(L"Tools", L"JustInTimeActivation", kReg), L"bool true");
         }
-        EXPECT_EQ(SavedComponentValue(L"Tools", kReg, L"Transaction"), transaction);
+        EXPECT_EQ(SavedValue(L"Tools", L"Transaction", kReg), transaction);
         EXPECT_TRUE(SavedComponents(L"Other").empty());
     }
 }
@@ -71,7 +67,7 @@ TEST_F(ComponentTest, AddInstallsEveryClassAndAppliesTheSettingsToTheMatches) {
 // A failed installation logs one line per ErrorInfo entry and fails the step; a missing application or DLL fails
 // the run with the message users see, before anything is logged.
 TEST_F(ComponentTest, FailuresChangeNothingAndSayWhy) {
-    const std::wstring missing = BinFolder() + L"\\no-such.dll";
+    const std::wstring missing = test::BinFolder() + L"\\no-such.dll";
     const std::wstring notFound = tol::SystemErrorText(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
     const std::wstring installing = L"Installing component '" + missing + L"'...";
     const struct {
@@ -120,11 +116,11 @@ TEST_F(ComponentTest, ModifyMatchesByNameOrByDllWithoutRegardToCase) {
         EXPECT_EQ(Run(true, L"Tools", c.pattern, 1).hr, S_OK);
         EXPECT_EQ(build.log.size(), c.modified + 1);
         EXPECT_EQ(build.log.back(), std::to_wstring(c.modified) + L" component(s) modified");
-        EXPECT_EQ(SavedComponentValue(L"Tools", kIni, L"Transaction"), c.iniTransaction);
+        EXPECT_EQ(SavedValue(L"Tools", L"Transaction", kIni), c.iniTransaction);
         const std::wstring enabled = c.timeout.empty() ? L"bool false" : L"bool true";
-        EXPECT_EQ(SavedComponentValue(L"Tools", kIni, L"ComponentTransactionTimeoutEnabled"), enabled);
-        EXPECT_EQ(SavedComponentValue(L"Tools", kIni, L"ComponentTransactionTimeout"), c.iniTimeout);
-        EXPECT_EQ(SavedComponentValue(L"Tools", kReg, L"Transaction"), c.modified == kClasses ? L"long 2" : L"long 1");
+        EXPECT_EQ(SavedValue(L"Tools", L"ComponentTransactionTimeoutEnabled", kIni), enabled);
+        EXPECT_EQ(SavedValue(L"Tools", L"ComponentTransactionTimeout", kIni), c.iniTimeout);
+        EXPECT_EQ(SavedValue(L"Tools", L"Transaction", kReg), c.modified == kClasses ? L"long 2" : L"long 1");
     }
 }
 
@@ -167,9 +163,7 @@ TEST_F(ComponentTest, ReportIndentsEachLevelAndNeverShowsThePassword) {
     }
     EXPECT_EQ(labels, (Lines{L"COMPUTER", L"", L"    APPLICATION", L"", L"        COMPONENT", L"", L"1 component(s) found"}));
     const Lines shown = {L"    Name = Tools", L"    Identity = ci\\builder", L"        DLL = " + ExtensionDll()};
-    for (const std::wstring& line : shown) {
-        EXPECT_TRUE(LogMentions(build.log, line)) << testing::PrintToString(line);
-    }
+    for (const std::wstring& line : shown) EXPECT_TRUE(LogMentions(build.log, line)) << testing::PrintToString(line);
     EXPECT_FALSE(LogMentions(build.log, L"Password"));
     EXPECT_FALSE(LogMentions(build.log, L"s3cret"));
 }

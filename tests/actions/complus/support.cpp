@@ -2,8 +2,8 @@
 #include "frame/bstr.h"
 #include "frame/classes.h"
 #include "frame/component.h"
-#include "frame/handles.h"
 #include "frame/registry.h"
+#include <algorithm>
 #include <stdexcept>
 
 namespace complus_test {
@@ -20,19 +20,9 @@ void Must(HRESULT hr, const char* what) {
 }
 
 tol::variant ToVariant(const Value& value) {
-    tol::variant result;
-    VARIANT* slot = result.receive();
-    if (auto text = std::get_if<std::wstring>(&value)) {
-        V_VT(slot) = VT_BSTR;
-        V_BSTR(slot) = ::SysAllocStringLen(text->data(), static_cast<UINT>(text->size()));
-    } else if (auto number = std::get_if<long>(&value)) {
-        V_VT(slot) = VT_I4;
-        V_I4(slot) = *number;
-    } else {
-        V_VT(slot) = VT_BOOL;
-        V_BOOL(slot) = std::get<bool>(value) ? VARIANT_TRUE : VARIANT_FALSE;
-    }
-    return result;
+    if (auto text = std::get_if<std::wstring>(&value)) return tol::TextVariant(*text);
+    if (auto number = std::get_if<long>(&value)) return tol::LongVariant(*number);
+    return tol::BoolVariant(std::get<bool>(value));
 }
 
 std::wstring Describe(const VARIANT& value) {
@@ -73,10 +63,15 @@ std::vector<tol::com_ptr<ICatalogObject>> Items(ICatalogCollection* collection) 
     return items;
 }
 
+Lines Names(ICatalogCollection* collection) {
+    Lines names;
+    for (auto& item : Items(collection)) names.push_back(Text(item.get(), &ICatalogObject::get_Name));
+    return names;
+}
+
 tol::com_ptr<ICatalogObject> FindByName(ICatalogCollection* collection, const std::wstring& name) {
-    for (auto& item : Items(collection)) {
+    for (auto& item : Items(collection))
         if (Text(item.get(), &ICatalogObject::get_Name) == name) return item;
-    }
     return nullptr;
 }
 
@@ -97,34 +92,17 @@ std::wstring ValueOf(ICatalogObject* object, const wchar_t* property) {
     return Describe(value.get());
 }
 
-} // namespace
-
 void ClearStore() {
     const LONG status = tol::DeleteKeyTree(HKEY_LOCAL_MACHINE, kStoreKey);
     if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND) Must(HRESULT_FROM_WIN32(status), "clearing the store");
 }
 
-void ComPlusTest::SetUpTestSuite() {
-    tol::unique_module standIn(::LoadLibraryW(StandInDll().c_str()));
-    ASSERT_TRUE(standIn) << ::GetLastError();
-    auto registerServer = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(::GetProcAddress(standIn.get(), "DllRegisterServer"));
-    ASSERT_NE(registerServer, nullptr);
-    ASSERT_EQ(registerServer(), S_OK);
-}
+} // namespace
 
 void ComPlusTest::SetUp() {
     ASSERT_EQ(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
     ClearStore();
 }
-
-std::wstring BinFolder() {
-    std::wstring path(4096, L'\0');
-    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path.substr(0, path.find_last_of(L'\\'));
-}
-
-std::wstring ExtensionDll() { return BinFolder() + L"\\VelmoraExt.dll"; }
-std::wstring StandInDll() { return BinFolder() + L"\\VelmoraComAdmin.dll"; }
 
 tol::com_ptr<ICOMAdminCatalog> NewCatalog() {
     tol::com_ptr<ICOMAdminCatalog> catalog;
@@ -140,17 +118,12 @@ tol::com_ptr<ICatalogCollection> Open(ICOMAdminCatalog* catalog, const wchar_t* 
     return Populated(object);
 }
 
-Lines Names(ICatalogCollection* collection) {
-    Lines names;
-    for (auto& item : Items(collection)) names.push_back(Text(item.get(), &ICatalogObject::get_Name));
-    return names;
-}
-
 void Put(ICatalogObject* object, const wchar_t* property, const Value& value) {
     Must(object->put_Value(tol::bstr(property).get(), ToVariant(value).get()), "put_Value");
 }
 
 void SeedApplications(const std::vector<std::pair<std::wstring, Properties>>& applications) {
+    ClearStore();
     auto catalog = NewCatalog();
     auto collection = Open(catalog.get(), L"Applications");
     for (const auto& [name, properties] : applications) {
@@ -177,15 +150,10 @@ Lines SavedComponents(const std::wstring& application) {
     return Names(OpenComponents(applications.get(), application).get());
 }
 
-std::wstring SavedValue(const std::wstring& application, const wchar_t* property) {
+std::wstring SavedValue(const std::wstring& application, const wchar_t* property, const std::wstring& component) {
     auto applications = Open(NewCatalog().get(), L"Applications");
-    return ValueOf(FindByName(applications.get(), application).get(), property);
-}
-
-std::wstring SavedComponentValue(const std::wstring& application, const std::wstring& component, const wchar_t* property) {
-    auto applications = Open(NewCatalog().get(), L"Applications");
-    auto components = OpenComponents(applications.get(), application);
-    return ValueOf(FindByName(components.get(), component).get(), property);
+    if (component.empty()) return ValueOf(FindByName(applications.get(), application).get(), property);
+    return ValueOf(FindByName(OpenComponents(applications.get(), application).get(), component).get(), property);
 }
 
 long ServerState(const std::wstring& application, const wchar_t* value) {
@@ -196,13 +164,6 @@ long ServerState(const std::wstring& application, const wchar_t* value) {
     if (::RegGetValueW(HKEY_LOCAL_MACHINE, path.c_str(), value, RRF_RT_REG_DWORD, nullptr, &number, &size) != ERROR_SUCCESS)
         return -1;
     return static_cast<long>(number);
-}
-
-void SetLong(test::TestStep& step, const wchar_t* name, long value) {
-    VARIANT v;
-    V_VT(&v) = VT_I4;
-    V_I4(&v) = value;
-    step.Set(name, v);
 }
 
 void SetTexts(test::TestStep& step, const wchar_t* name, std::initializer_list<const wchar_t*> texts) {
@@ -216,26 +177,6 @@ void SetTexts(test::TestStep& step, const wchar_t* name, std::initializer_list<c
     V_VT(&v) = VT_ARRAY | VT_VARIANT;
     V_ARRAY(&v) = array;
     step.Set(name, v); // the step owns it now
-}
-
-StoppingBuild::StoppingBuild(std::wstring prefix, int nth)
-    : prefix_(std::move(prefix)), remaining_(nth), stop_(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
-
-STDMETHODIMP StoppingBuild::QueryInterface(REFIID iid, void** object) {
-    const bool known = iid == IID_IUnknown || iid == IID_IBuildRun;
-    *object = known ? static_cast<IBuildRun*>(this) : nullptr;
-    return known ? S_OK : E_NOINTERFACE;
-}
-
-STDMETHODIMP StoppingBuild::LogMessage(BSTR text, VARIANT_BOOL) {
-    log.emplace_back(text ? text : L"");
-    if (log.back().compare(0, prefix_.size(), prefix_) == 0 && --remaining_ == 0) ::SetEvent(stop_.get());
-    return S_OK;
-}
-
-STDMETHODIMP StoppingBuild::GetStopEvent(long* event) {
-    *event = ::HandleToLong(stop_.get());
-    return S_OK;
 }
 
 Outcome Execute(const CLSID& action, IBuildRun* build, test::TestStep& step) {
@@ -254,10 +195,7 @@ Outcome Execute(const CLSID& action, IBuildRun* build, test::TestStep& step) {
 }
 
 bool LogMentions(const Lines& log, const std::wstring& text) {
-    for (const std::wstring& line : log) {
-        if (line.find(text) != std::wstring::npos) return true;
-    }
-    return false;
+    return std::any_of(log.begin(), log.end(), [&](const std::wstring& line) { return line.find(text) != std::wstring::npos; });
 }
 
 } // namespace complus_test
