@@ -1,5 +1,4 @@
 // The computer and application lists of the COM+ pages, filled from the catalog stand-in registered in the prefix.
-#include "controls.h"
 #include "frame/bstr.h"
 #include "page_host.h"
 #include <comadmin.h>
@@ -11,10 +10,7 @@ namespace {
 using Names = std::vector<std::wstring>;
 
 HRESULT CallStandIn(const char* entry) {
-    std::wstring path(4096, L'\0');
-    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    path = path.substr(0, path.find_last_of(L'\\')) + L"\\VelmoraComAdmin.dll";
-    tol::unique_module standIn(::LoadLibraryW(path.c_str()));
+    tol::unique_module standIn(::LoadLibraryW(L"VelmoraComAdmin.dll"));   // from the test program's folder
     if (!standIn) return HRESULT_FROM_WIN32(::GetLastError());
     auto function = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(::GetProcAddress(standIn.get(), entry));
     return function ? function() : E_NOTIMPL;
@@ -28,15 +24,14 @@ void Seed(std::initializer_list<std::pair<const wchar_t*, const wchar_t*>> objec
     for (const auto& [collectionName, name] : objects) {
         tol::com_ptr<IDispatch> object, added;
         ASSERT_EQ(catalog->GetCollection(tol::bstr(collectionName).get(), object.put()), S_OK);
-        auto collection = object.query<ICatalogCollection>();
-        ASSERT_EQ(collection->Populate(), S_OK);
-        ASSERT_EQ(collection->Add(added.put()), S_OK);
+        const auto collection = object.query<ICatalogCollection>();
         tol::variant value;
         V_VT(value.receive()) = VT_BSTR;
         V_BSTR(value.ptr()) = ::SysAllocString(name);
-        ASSERT_EQ(added.query<ICatalogObject>()->put_Value(tol::bstr(L"Name").get(), value.get()), S_OK);
         LONG changes = 0;
-        ASSERT_EQ(collection->SaveChanges(&changes), S_OK);
+        ASSERT_TRUE(SUCCEEDED(collection->Populate()) && SUCCEEDED(collection->Add(added.put())) &&
+                    SUCCEEDED(added.query<ICatalogObject>()->put_Value(tol::bstr(L"Name").get(), value.get())) &&
+                    SUCCEEDED(collection->SaveChanges(&changes)));
     }
 }
 
@@ -55,16 +50,15 @@ TEST_F(ComPlusLists, PagesListTheLocalCatalogsComputersAndApplications) {
     Seed({{L"Applications", L"Sales"}, {L"Applications", L"Billing"}, {L"ComputerList", L"BUILDSRV"}});
     for (const wchar_t* className : {L"COMPlusAppUI", L"COMPlusCompUI"}) {
         PageHost host(className);
-        EXPECT_EQ(ListItems(host.Item(1034)), Names{L"BUILDSRV"}) << className;
-        EXPECT_EQ(ListItems(host.Item(1080)), (Names{L"*", L"Billing", L"Sales"})) << className;
+        EXPECT_EQ(host.ListItems(1034), Names{L"BUILDSRV"}) << className;
+        EXPECT_EQ(host.ListItems(1080), (Names{L"*", L"Billing", L"Sales"})) << className;
         EXPECT_EQ(host.Text(1080), L"") << className; // no entry is chosen for the user
         // A name that the catalog does not know can still be typed and saved.
         host.Load(nullptr);
         host.SetText(1080, L"Inventory");
         host.SetText(1088, L"inventory.dll");
-        ASSERT_TRUE(host.Validate()) << className;
         PageStep step;
-        host.page().Save(&step);
+        ASSERT_TRUE(host.Save(step)) << className;
         EXPECT_EQ(step.Text(L"Application"), L"Inventory") << className;
     }
 }
@@ -74,8 +68,8 @@ TEST_F(ComPlusLists, WithoutCatalogThePageHasNoLists) {
     ASSERT_EQ(CallStandIn("DllUnregisterServer"), S_OK);
     {
         PageHost host(L"COMPlusAppUI");
-        EXPECT_EQ(ListItems(host.Item(1080)), Names{});
-        EXPECT_EQ(ListItems(host.Item(1065)).size(), 4u);
+        EXPECT_EQ(host.ListItems(1080), Names{});
+        EXPECT_EQ(host.ListItems(1065).size(), 4u);
     }
     ASSERT_EQ(CallStandIn("DllRegisterServer"), S_OK);
 }
