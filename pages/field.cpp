@@ -38,10 +38,7 @@ HWND Field::TextWindow() const noexcept {
 }
 
 std::wstring Field::ControlText() const {
-    if (editorControl) return GetEditorText(control());
-    std::wstring text(static_cast<size_t>(::GetWindowTextLengthW(control())) + 1, L'\0');
-    text.resize(static_cast<size_t>(::GetWindowTextW(control(), text.data(), static_cast<int>(text.size()))));
-    return text;
+    return editorControl ? GetEditorText(control()) : WindowText(control());
 }
 
 void SetMissing(variant& value) noexcept {

@@ -39,12 +39,6 @@ FieldKind KindOf(HWND control) {
     return FieldKind::Text;
 }
 
-std::wstring WindowText(HWND window) {
-    std::wstring text(static_cast<size_t>(::GetWindowTextLengthW(window)) + 1, L'\0');
-    text.resize(static_cast<size_t>(::GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
-    return text;
-}
-
 variant MakeText(const std::wstring& text) {
     variant result;
     V_VT(result.ptr()) = VT_BSTR;
@@ -125,6 +119,12 @@ private:
 };
 
 } // namespace
+
+std::wstring WindowText(HWND window) {
+    std::wstring text(static_cast<size_t>(::GetWindowTextLengthW(window)) + 1, L'\0');
+    text.resize(static_cast<size_t>(::GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
+    return text;
+}
 
 PropertyPage::PropertyPage(UINT dialogId, const FieldDescriptor* table, size_t rows, UINT firstFocusId) noexcept
     : dialogId_(dialogId), table_(table), rows_(rows), firstFocusId_(firstFocusId) {}

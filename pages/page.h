@@ -16,6 +16,9 @@ namespace tol {
 class Field;
 class ControlWrapper;
 
+// The text a window or control shows.
+std::wstring WindowText(HWND window);
+
 class PropertyPage {
 public:
     // `table` may be null: the page then answers FieldTable() when the page is created.

@@ -1,4 +1,5 @@
 #include "pickers.h"
+#include "page.h"
 #include "frame/handles.h"
 #include "frame/messages.h"
 #include <lm.h>
@@ -37,12 +38,6 @@ private:
 std::wstring FailureText(UINT message, DWORD code) { return FormatResourceMessage(message, {SystemErrorText(code)}); }
 
 } // namespace
-
-std::wstring WindowText(HWND window) {
-    std::wstring text(static_cast<size_t>(::GetWindowTextLengthW(window)) + 1, L'\0');
-    text.resize(static_cast<size_t>(::GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
-    return text;
-}
 
 void FillComputerList(HWND combo) {
     BYTE* raw = nullptr;

@@ -7,9 +7,6 @@
 
 namespace tol {
 
-// The text a control shows.
-std::wstring WindowText(HWND window);
-
 // Refills the combo box with the names of the network's servers, in the order the enumeration returns them. A failed
 // enumeration is silent and leaves the list as it was: names can still be typed.
 void FillComputerList(HWND combo);

@@ -1,5 +1,6 @@
 #include "extract_file.h"
 #include "common/file_times.h"
+#include "common/temporary_file.h"
 #include "common/text.h"
 #include "fileutil/fileops.h"
 #include "fileutil/paths.h"
@@ -9,20 +10,6 @@ namespace {
 
 tol::unique_file CreateNew(const std::wstring& path) {
     return tol::unique_file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-}
-
-// A free name beside the target: ~dz, a number, .tmp.
-tol::unique_file CreateTemporary(const std::wstring& target, std::wstring& name) {
-    const std::wstring folder = tol::DirectoryPart(target, true);
-    unsigned value = ::GetTickCount() ^ (::GetCurrentProcessId() << 16);
-    for (int attempt = 0; attempt < 100; ++attempt, value = value * 1103515245u + 12345u) {
-        name = folder + L"~dz";
-        for (int shift = 28; shift >= 0; shift -= 4) name += L"0123456789ABCDEF"[(value >> shift) & 0xF];
-        name += L".tmp";
-        tol::unique_file file = CreateNew(name);
-        if (file || ::GetLastError() != ERROR_FILE_EXISTS) return file;
-    }
-    return tol::unique_file();
 }
 
 bool IsDiskFull(DWORD code) noexcept { return code == ERROR_DISK_FULL || code == ERROR_HANDLE_DISK_FULL; }
@@ -107,7 +94,7 @@ UnzipResult FileExtractor::WriteNew(const zipformat::Entry& entry, const Target&
 
 UnzipResult FileExtractor::WriteReplacement(const zipformat::Entry& entry, const Target& target) {
     std::wstring temporary;
-    tol::unique_file file = CreateTemporary(target.path, temporary);
+    tol::unique_file file = zipwin::CreateTemporaryFile(tol::DirectoryPart(target.path, true), GENERIC_WRITE, 0, temporary);
     if (!file) return UnzipCreateFailed;
     const UnzipResult result = WriteData(entry, std::move(file), zipwin::ToNarrow(target.relative, CP_ACP));
     if (result == UnzipOk) {

@@ -1,5 +1,6 @@
 #include "archive_output.h"
 #include "common/long_path.h"
+#include "common/temporary_file.h"
 #include "fileutil/fileops.h"
 #include "fileutil/paths.h"
 #include <windows.h>
@@ -12,19 +13,6 @@ tol::unique_file CreateNew(const std::wstring& path) {
                                           CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-// A name in the archive's folder that no file has: ~dz, a number, .tmp.
-tol::unique_file CreateTemporary(const std::wstring& folder, std::wstring& name) {
-    unsigned value = ::GetTickCount() ^ (::GetCurrentProcessId() << 16) ^ (::GetCurrentThreadId() << 8);
-    for (int attempt = 0; attempt < 100; ++attempt, value = value * 1103515245u + 12345u) {
-        name = folder + L"~dz";
-        for (int shift = 28; shift >= 0; shift -= 4) name += L"0123456789ABCDEF"[(value >> shift) & 0xF];
-        name += L".tmp";
-        tol::unique_file file = CreateNew(name);
-        if (file || ::GetLastError() != ERROR_FILE_EXISTS) return file;
-    }
-    return tol::unique_file();
-}
-
 } // namespace
 
 ZipResult ArchiveOutput::Open(const std::wstring& zipFile, ExistingArchive& existing, bool growing) {
@@ -35,7 +23,8 @@ ZipResult ArchiveOutput::Open(const std::wstring& zipFile, ExistingArchive& exis
 }
 
 ZipResult ArchiveOutput::OpenTemporary() {
-    tol::unique_file file = CreateTemporary(tol::DirectoryPart(zipFile_, true), temporary_);
+    tol::unique_file file = zipwin::CreateTemporaryFile(tol::DirectoryPart(zipFile_, true), GENERIC_READ | GENERIC_WRITE,
+                                                         FILE_SHARE_READ, temporary_);
     if (!file) return ZipTempFailed;
     created_ = open_ = true;
     return sink_.Attach(std::move(file), 0) ? ZipOk : ZipTempFailed;
